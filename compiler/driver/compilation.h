@@ -1,0 +1,143 @@
+// The state of one compile run. Everything a run reads or writes lives in one
+// Compilation object, passed by reference to every phase and generator; two
+// compilations can run side by side in one process.
+#pragma once
+
+#include "compiler/frontend/device.h"
+#include "compiler/frontend/symbols.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace zorvel {
+
+// One working line of the expanded source.
+struct SourceEntry {
+    std::string path; // include path as found; empty for the main file
+    int line = 0;     // 0-based line number within its own file
+    std::string text; // the line exactly as in the file
+};
+
+// The current line and the read position that all statement parsing moves.
+struct LineBuffer {
+    static constexpr size_t kMaxLength = 249;
+
+    std::string upper; // trimmed, upper-cased, at most kMaxLength characters
+    std::string cased; // the same characters with their case kept
+    std::string raw;   // the text with leading blanks removed, case kept
+    size_t pos = 0;
+
+    size_t length() const { return upper.size(); }
+    bool atEnd() const { return pos >= upper.size(); }
+    char at(size_t i) const { return i < upper.size() ? upper[i] : '\0'; }
+    char peek() const { return at(pos); }
+    char casedAt(size_t i) const { return i < cased.size() ? cased[i] : '\0'; }
+};
+
+struct CompileContext {
+    int pass = 0;
+    int lineIndex = 0;
+    int lineLimit = 100000;
+    int lineCount = 0;
+    int errorCount = 0;
+    bool warningRaised = false;
+    bool endSeen = false;
+    bool deviceSet = false;
+    bool defaultDevice = true;
+    std::string asmName;
+    std::string libraryName;
+    std::string runMessage;
+    std::string currentFile;
+    int currentSourceLine = 0;
+    int wordsUsed = 0;
+    int variablesUsed = 0;
+};
+
+// Flags of the statement being compiled.
+struct StatementState {
+    std::string keyword; // upper case, at most 32 characters
+    std::string token;   // the last word read by the lexical readers
+    bool lineHasLabel = false;
+    bool nothingToDispatch = false;
+    bool firstStatementOfLine = false;
+    bool remarksOn = false;
+    bool macroParamsOn = false;
+    bool macroDefinition = false; // the head was "name MACRO"
+};
+
+// A DATA table's skip label, placed before the first statement after the table.
+struct DataTableState {
+    std::string skipLabel;
+    bool pending = false;
+};
+
+// Per-pass counters of generated labels.
+struct LabelCounters {
+    int block = 1; // "Pb@lab" labels of END, STOP and the loops
+};
+
+// The value of the last number converted, with its byte parts as text.
+struct NumberValue {
+    int32_t value = 0;
+    std::string text, high, low;
+};
+
+// What a pre-scan of an operand expression found.
+struct TermScan {
+    static constexpr size_t kMaxEntries = 40;
+    struct Entry {
+        std::string name;
+        int kind = kKindNum;
+        int value = 0;
+    };
+    std::vector<Entry> entries;
+    int terms = 0;
+    bool allConstant = false;
+};
+
+struct CompileOptions {
+    std::filesystem::path sourceName; // the main source file
+    std::filesystem::path homeFolder; // holds inc/ with the device files
+};
+
+class Compilation {
+public:
+    explicit Compilation(CompileOptions options);
+
+    // Appends one line to the output; only pass 2 writes output.
+    void emit(std::string line) {
+        if (ctx.pass == 2) asmlist.push_back(std::move(line));
+    }
+
+    // A message for the user outside the message list (a message box in the IDE).
+    void alert(std::string text) {
+        for (const std::string& a : alerts)
+            if (a == text) return;
+        alerts.push_back(std::move(text));
+    }
+
+    bool watchdogOn() const { return device.watchdog; }
+
+    CompileOptions options;
+    CompileContext ctx;
+    std::vector<SourceEntry> workfile;
+    std::vector<std::string> asmlist;  // output lines of pass 2
+    std::vector<std::string> messages; // the message list shown to the user
+    std::vector<std::string> alerts;   // message-box texts
+    LineBuffer line;
+    StatementState stmt;
+    LabelCounters counters;
+    DataTableState dataTable;
+    Operand operand;    // the operand being classified or compiled
+    NumberValue number; // the last number converted
+    TermScan termScan;
+    SymbolTable symbols;
+    NameTable labels{1000};
+    NameTable macroNames{200};
+    DeviceModel device;
+    DeviceFileCache deviceFiles;
+};
+
+} // namespace zorvel

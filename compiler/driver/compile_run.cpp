@@ -1,0 +1,138 @@
+#include "compiler/driver/compile_run.h"
+
+#include "compiler/driver/compilation.h"
+#include "compiler/driver/diagnostics.h"
+#include "compiler/driver/file_io.h"
+#include "compiler/driver/line_loop.h"
+#include "compiler/driver/source_reader.h"
+
+namespace zorvel {
+namespace {
+
+constexpr const char* kDefaultDevice = "16F84";
+
+void resetRun(Compilation& c) {
+    c.messages.clear();
+    c.asmlist.clear();
+    c.alerts.clear();
+    c.labels.clear();
+    c.macroNames.clear();
+    c.device.interruptOn = false;
+    c.device.interruptUsed = false;
+    c.device.handlerLabel.clear();
+    c.ctx = CompileContext{};
+    fs::path source = c.options.sourceName;
+    c.ctx.asmName = fs::path(source).replace_extension(".asm").string();
+    c.ctx.libraryName = source.stem().string() + ".zvl";
+}
+
+void resetPass(Compilation& c, int pass) {
+    CompileContext& ctx = c.ctx;
+    ctx.pass = pass;
+    ctx.lineIndex = 0;
+    ctx.lineLimit = 100000;
+    ctx.variablesUsed = 0;
+    ctx.warningRaised = false;
+    ctx.errorCount = 0;
+    c.messages.clear();
+    c.asmlist.clear();
+    c.stmt = StatementState{};
+    c.counters = LabelCounters{};
+    c.dataTable = DataTableState{};
+    c.device.resetForPass();
+}
+
+void emitPrologue(Compilation& c) {
+    c.emit(";*********************************************");
+    c.emit(";*           Code Produced by the            *");
+    c.emit(";* ZORVEL Compiler. Version 1.10 *");
+    c.emit(";*********************************************");
+    c.emit("\r\n\t#include \"" + c.ctx.libraryName + "\" \r\n");
+}
+
+// Every pass starts from the default device; DEVICE replaces it. Loading it
+// again in pass 2 gives it the interrupt save bytes when pass 1 found a handler.
+void loadDefaultDevice(Compilation& c) {
+    c.device.name = kDefaultDevice;
+    c.ctx.deviceSet = loadDevice(c);
+}
+
+const char* strayCloserText(const std::string& keyword) {
+    if (keyword == "NEXT") return "NEXT without FOR";
+    if (keyword == "WEND") return "WEND without WHILE";
+    if (keyword == "UNTIL") return "UNTIL without REPEAT";
+    if (keyword == "ELSE") return "ELSE without IF";
+    return "ENDIF without IF";
+}
+
+// A closing keyword that reaches the top level has no block to close.
+void compileTopLevel(Compilation& c) {
+    CompileContext& ctx = c.ctx;
+    while (lineLoop(c) == LoopExit::ClosingKeyword) {
+        reportError(c, kErrText, strayCloserText(c.stmt.keyword));
+        ++ctx.lineIndex;
+        if (ctx.errorCount >= 2) {
+            c.messages.push_back("\tToo many COMPILER ERRORS.");
+            return;
+        }
+        if (ctx.lineIndex >= ctx.lineCount || ctx.lineIndex >= ctx.lineLimit) return;
+    }
+}
+
+std::string joinLines(const std::vector<std::string>& lines) {
+    std::string out;
+    for (size_t i = 0; i < lines.size(); ++i) {
+        if (i) out += "\r\n";
+        out += lines[i];
+    }
+    return out;
+}
+
+void saveAssembly(Compilation& c) {
+    fs::path asmPath = c.ctx.asmName;
+    std::error_code ec;
+    if (fs::equivalent(asmPath, c.options.sourceName, ec)) {
+        c.messages.push_back("\tThe source file " + asmPath.filename().string() +
+                             " would be overwritten by the assembler output: rename it to .bas");
+        ++c.ctx.errorCount;
+        return;
+    }
+    std::string error = writeFileAtomic(asmPath, joinLines(c.asmlist));
+    if (!error.empty()) {
+        c.messages.push_back("\t" + error);
+        ++c.ctx.errorCount;
+        return;
+    }
+    c.asmlist.clear();
+}
+
+} // namespace
+
+void runPass(Compilation& c, int pass) {
+    resetPass(c, pass);
+    emitPrologue(c);
+    loadDefaultDevice(c);
+    compileTopLevel(c);
+}
+
+void runCompile(Compilation& c) {
+    resetRun(c);
+    if (!readAndExpandSource(c)) {
+        c.messages.push_back(c.ctx.runMessage);
+        c.ctx.errorCount = 1;
+        return;
+    }
+    CompileContext& ctx = c.ctx;
+    ctx.defaultDevice = true;
+    ctx.lineCount = static_cast<int>(c.workfile.size());
+    runPass(c, 1);
+    runPass(c, 2);
+    if (!ctx.endSeen) {
+        c.emit("\tEND\r\n");
+        ctx.endSeen = true;
+    }
+    if (!ctx.deviceSet) reportError(c, kErrWhole, "DEVICE NOT SPECIFIED");
+    if (ctx.errorCount == 0 && ctx.deviceSet) saveAssembly(c);
+}
+
+} // namespace zorvel

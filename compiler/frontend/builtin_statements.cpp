@@ -1,0 +1,203 @@
+#include "compiler/frontend/builtin_statements.h"
+
+#include "compiler/driver/compilation.h"
+#include "compiler/driver/diagnostics.h"
+#include "compiler/driver/line_loop.h"
+#include "compiler/frontend/lexer.h"
+
+#include <string>
+
+namespace zorvel {
+namespace {
+
+void compileComment(Compilation& c) {
+    if (c.stmt.remarksOn) c.emit(";" + c.line.cased.substr(std::min(c.line.pos, c.line.length())));
+    c.line.pos = c.line.length();
+}
+
+// ON / 1 sets a switch, OFF / 0 clears it, another word leaves it alone.
+void compileSwitch(Compilation& c, bool& flag) {
+    const std::string& word = readWord(c);
+    if (word.empty()) {
+        reportError(c, kErrSyntax);
+        return;
+    }
+    if (word == "ON" || word == "1") flag = true;
+    if (word == "OFF" || word == "0") flag = false;
+}
+
+void compileRemarks(Compilation& c) {
+    compileSwitch(c, c.stmt.remarksOn);
+}
+void compileMacroParams(Compilation& c) {
+    compileSwitch(c, c.stmt.macroParamsOn);
+}
+
+// An endless loop on a fresh block label.
+std::string emitHaltLoop(Compilation& c, bool clearWatchdog) {
+    std::string label = "Pb@lab" + std::to_string(++c.counters.block);
+    c.emit(label + " R@B");
+    if (clearWatchdog) c.emit("\tClrwdt");
+    c.emit("\tF@G " + label);
+    return label;
+}
+
+void compileEnd(Compilation& c) {
+    emitHaltLoop(c, true);
+    c.emit("\tEND\r\n");
+    c.ctx.endSeen = true;
+    c.ctx.lineCount = c.ctx.lineIndex;
+    c.line.pos = c.line.length();
+}
+
+void compileStop(Compilation& c) {
+    remarksEcho(c);
+    emitHaltLoop(c, c.watchdogOn());
+}
+
+// ASM ... ENDASM: the lines between are copied as written.
+void compileAsmBlock(Compilation& c) {
+    CompileContext& ctx = c.ctx;
+    for (; ctx.lineIndex < ctx.lineCount && ctx.lineIndex < ctx.lineLimit; ++ctx.lineIndex) {
+        if (!readLine(c)) continue;
+        std::string word = peekWord(c);
+        if (word == "ASM") {
+            c.emit("\tR@B");
+            c.emit("; Start of Inline Code");
+        } else if (word == "ENDASM") {
+            c.emit("; End of Inline Code");
+            c.line.pos = c.line.length();
+            return;
+        } else {
+            c.emit(c.line.raw);
+        }
+    }
+    // The source ended inside the block: leave the loop on its last line.
+    ctx.lineIndex = std::max(0, std::min(ctx.lineCount, ctx.lineLimit) - 1);
+    c.line.pos = c.line.length();
+}
+
+void compileOneLineAsm(Compilation& c) {
+    std::string text = c.line.raw;
+    if (size_t at = text.find('@'); at != std::string::npos) text[at] = ' ';
+    c.emit(text);
+    c.line.pos = c.line.length();
+}
+
+void compileDefine(Compilation& c) {
+    c.emit("\t#" + c.line.raw);
+    c.line.pos = c.line.length();
+}
+
+// A directive copied with the rest of its statement.
+void emitDirective(Compilation& c, std::string_view head) {
+    std::string text = readStatementRest(c);
+    if (text.empty()) {
+        reportError(c, kErrSyntax);
+        return;
+    }
+    c.emit(std::string(head) + text);
+}
+
+void compileError(Compilation& c) {
+    skipBlanks(c);
+    LineBuffer& l = c.line;
+    if (l.peek() != '"') {
+        reportError(c, kErrText, "Missing quotes");
+        return;
+    }
+    size_t start = ++l.pos;
+    while (l.pos < l.length() && l.upper[l.pos] != '"')
+        ++l.pos;
+    std::string text = l.cased.substr(start, l.pos - start);
+    if (l.pos < l.length()) ++l.pos;
+    c.emit("\tError \"Line[" + std::to_string(c.ctx.lineIndex + 1) + "] " + text + "\"");
+}
+
+void compileNothing(Compilation&) {}
+
+constexpr Route kBuiltinRoutes[] = {
+    {"ELSE", compileNothing},
+    {"ENDIF", compileNothing},
+    {"WEND", compileNothing},
+    {"UNTIL", compileNothing},
+    {"NEXT", compileNothing},
+    {"REM", compileComment},
+    {"ASM", compileAsmBlock},
+    {"DEFINE", compileDefine},
+    {"END", compileEnd},
+    {"STOP", compileStop},
+    {"INCLUDE", compileNothing},
+    {"MACRO_PARAMS", compileMacroParams},
+    {"REMARKS", compileRemarks},
+    {"S_ASM", compileOneLineAsm},
+    {"#ERROR", compileError},
+    {"#INCLUDE", [](Compilation& c) { emitDirective(c, "\t#Include "); }},
+    {"#IF", [](Compilation& c) { emitDirective(c, "\tif "); }},
+    {"#ELSE", [](Compilation& c) { c.emit("\telse"); }},
+    {"#ENDIF", [](Compilation& c) { c.emit("\tendif"); }},
+    {"#WHILE", [](Compilation& c) { emitDirective(c, "\twhile "); }},
+    {"#ENDW", [](Compilation& c) { c.emit("\tendw"); }},
+    {"#IFDEF", [](Compilation& c) { emitDirective(c, "\tifdef "); }},
+    {"#IFNDEF", [](Compilation& c) { emitDirective(c, "\tifndef "); }},
+    {"#DEFINE", [](Compilation& c) { emitDirective(c, "\t#define "); }},
+    {"#UNDEFINE", [](Compilation& c) { emitDirective(c, "\tundefine "); }},
+};
+
+void reportNotSupported(Compilation& c) {
+    compileNotSupported(c, c.stmt.keyword);
+}
+
+// Keywords routed to generators that the compiler does not have yet.
+constexpr std::string_view kLaterKeywords[] = {
+    "ENDM", "EXITM", "DEC", "DECREMENT", "INC", "INCREMENT", "BUSOUT", "BUSIN", "SHIN", "SHOUT",
+    "BRANCH", "BRANCHL", "CDATA", "CWRITE", "DATA", "EDATA", "EWRITE", "READ", "RESTORE", "CLS",
+    "CURSOR", "PRINT", "CLEAR", "LOW", "HIGH", "SET", "INPUT", "OUTPUT", "TOGGLE", "PULSOUT", "PWM",
+    "HPWM", "SERVO", "SOUND", "FREQOUT", "DTMFOUT", "CALL", "FOR", "GOTO", "GOSUB", "RETURN",
+    "WHILE", "REPEAT", "POKE", "IF", "DIM", "SYMBOL", "PAUSE", "DELAYMS", "PAUSEUS", "DELAYUS",
+    "SLEEP", "SNOOZE", "LET", "RSOUT", "RSIN", "SERIN", "SEROUT", "STR", "SWAP", "LCDWRITE",
+    "OREAD", "OWRITE", "PLOT", "UNPLOT", "#ENABLE", "#LOCAL",
+    // Mnemonics and pseudo-instructions with BASIC operands.
+    "ANDWF", "ANDLW", "ADDWF", "ADDLW", "BCF", "BSF", "BTFSC", "BTFSS", "CLRF", "CLRW", "CLRWDT",
+    "COMF", "DECF", "DECFSZ", "INCF", "INCFSZ", "IORLW", "IORWF", "MOVLW", "MOVF", "MOVWF", "NOP",
+    "OPTION", "RETFIE", "RET", "RETLW", "RLF", "RRF", "SUBLW", "SUBWF", "SWAPF", "TRIS", "XORLW",
+    "XORWF", "MOVFW", "BC", "BNC", "BZ", "BNZ", "BDC", "BNDC", "CLRC", "CLRDC", "CLRZ", "SETC",
+    "SETDC", "SETZ", "SKIP", "SKPC", "SKPDC", "SKPZ", "SKPNC", "SKPNDC", "SKPNZ", "JUMP", "LGOTO",
+    "LJUMP", "TGOTO", "BRSET", "BRCLR",
+    // Operand type-pair directives of macro bodies.
+    "NUM_WREG", "NUM_BYTE", "NUM_WORD", "NUM_BIT", "BYTE_WREG", "BYTE_BYTE", "BYTE_WORD",
+    "BYTE_BIT", "WORD_WREG", "WORD_BYTE", "WORD_WORD", "WORD_BIT", "BIT_WREG", "BIT_BYTE",
+    "BIT_WORD", "BIT_BIT", "WREG_BYTE", "WREG_WORD", "WREG_BIT", "RETURN_WREG", "RETURN_BYTE",
+    "RETURN_WORD", "RETURN_BIT"};
+
+} // namespace
+
+std::span<const Route> builtinRoutes() {
+    return kBuiltinRoutes;
+}
+
+std::span<const Route> laterRoutes() {
+    static const std::vector<Route> routes = [] {
+        std::vector<Route> r;
+        for (std::string_view k : kLaterKeywords)
+            r.push_back({k, reportNotSupported});
+        return r;
+    }();
+    return routes;
+}
+
+void compileNotSupported(Compilation& c, std::string_view what) {
+    reportError(c, kErrText, "'" + std::string(what) + "' is not supported yet");
+}
+
+void compileAssignment(Compilation& c) {
+    reportError(c, kErrText, "Assignment '" + c.stmt.keyword + " = ...' is not supported yet");
+}
+
+void placeDataSkipLabel(Compilation& c) {
+    if (!c.dataTable.pending || c.stmt.keyword == "DATA") return;
+    c.emit(c.dataTable.skipLabel + " R@B");
+    c.dataTable.pending = false;
+}
+
+} // namespace zorvel

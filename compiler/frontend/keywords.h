@@ -1,0 +1,34 @@
+// The keyword table: statement keywords, built-in functions and the operand
+// type-pair directives of macro bodies, in lookup order.
+#pragma once
+
+#include <span>
+#include <string_view>
+
+namespace zorvel {
+
+enum KeywordClass : int {
+    kClassNone = -1,
+    kClassStatement = 0,
+    kClassFunction = 1,
+    kClassTypePair = 3
+};
+
+struct Keyword {
+    std::string_view text;
+    int number;
+    int keywordClass;
+};
+
+struct KeywordLookup {
+    int number = -1;
+    int keywordClass = kClassNone;
+    bool found() const { return number >= 0; }
+};
+
+std::span<const Keyword> keywordTable();
+
+// Whole-word, case-sensitive lookup of an upper-case word; the first match wins.
+KeywordLookup lookupKeyword(std::string_view word);
+
+} // namespace zorvel

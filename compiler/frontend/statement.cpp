@@ -1,0 +1,207 @@
+#include "compiler/frontend/statement.h"
+
+#include "compiler/driver/compilation.h"
+#include "compiler/driver/diagnostics.h"
+#include "compiler/frontend/builtin_statements.h"
+#include "compiler/frontend/device_statements.h"
+#include "compiler/frontend/keywords.h"
+#include "compiler/frontend/lexer.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+namespace zorvel {
+namespace {
+
+bool isHeadChar(char ch) {
+    return isIdentifierChar(ch) || ch == '.' || ch == '#';
+}
+
+// Reads a statement word: letters, digits, "_", "$", "%", '"', "." and "#".
+// A comment character makes the keyword REM and stays under the cursor.
+bool readHeadWord(Compilation& c, std::string& word) {
+    LineBuffer& l = c.line;
+    word.clear();
+    char first = l.peek();
+    if (first == '\'' || first == ';') {
+        word = "REM";
+        return true;
+    }
+    size_t start = l.pos;
+    while (l.pos < l.length() && isHeadChar(l.upper[l.pos]))
+        ++l.pos;
+    if (l.pos - start > kMaxWordLength) {
+        reportError(c, kErrText,
+                    "'" + l.upper.substr(start, l.pos - start) +
+                        "' is too long. Names and words have at most 32 characters");
+        return false;
+    }
+    word.assign(l.upper, start, l.pos - start);
+    return true;
+}
+
+constexpr std::string_view kNeverLabels[] = {
+    "#ENDIF", "#ELSE", "ENDM",  "EXITM",  "CLS",   "NOP",    "ENDIF",  "END",
+    "ELSE",   "NEXT",  "WEND",  "REPEAT", "SLEEP", "CLRWDT", "RETURN", "RESTORE",
+    "STOP",   "SKPZ",  "SKPNZ", "SKPC",   "SKPNC", "SKPDC",  "SKPNDC", "SKIP"};
+
+bool isNeverLabel(std::string_view word) {
+    return std::find(std::begin(kNeverLabels), std::end(kNeverLabels), word) !=
+           std::end(kNeverLabels);
+}
+
+// The word after the ":" of a label, read without moving the cursor.
+bool isDataLabel(Compilation& c) {
+    LineBuffer& l = c.line;
+    if (l.at(l.pos + 1) == '-') return true;
+    size_t saved = l.pos;
+    ++l.pos;
+    bool cdata = peekWord(c) == "CDATA";
+    l.pos = saved;
+    return cdata;
+}
+
+void compileLabel(Compilation& c, const std::string& label) {
+    bool data = isDataLabel(c);
+    if (c.line.at(c.line.pos + 1) == '-') ++c.line.pos;
+    if (data || label == c.device.handlerLabel)
+        c.emit(label);
+    else
+        c.emit(label + "\tR@B");
+    c.stmt.lineHasLabel = true;
+    recordLabel(c, label);
+    if (!label.empty() && label[0] >= '0' && label[0] <= '9') {
+        reportError(c, kErrText, "Labels must not start with a number");
+        return;
+    }
+    if (c.ctx.pass == 2 && !label.empty() && c.labels.full() && !c.labels.contains(label)) {
+        reportError(c, kErrText, "Too many labels. A program has at most 1000");
+        return;
+    }
+    ++c.line.pos; // past the ":"
+    skipBlanks(c);
+    if (c.line.peek() == '@') {
+        ++c.line.pos;
+        c.stmt.keyword = "S_ASM";
+        return;
+    }
+    if (!readHeadWord(c, c.stmt.keyword)) return;
+    if (c.stmt.keyword.empty()) c.stmt.nothingToDispatch = true;
+}
+
+void compileMacroHead(Compilation& c, const std::string& name) {
+    if (lookupKeyword(name).found()) {
+        reportError(c, kErrText, "'" + name + "' is a reserved KEYWORD");
+        return;
+    }
+    if (c.ctx.pass == 1 && !c.macroNames.add(name))
+        reportError(c, kErrText, "Too many macros. A program has at most 200");
+    c.stmt.macroDefinition = true;
+}
+
+} // namespace
+
+bool isBlockClosingKeyword(std::string_view k) {
+    return k == "ELSE" || k == "ENDIF" || k == "WEND" || k == "NEXT" || k == "UNTIL";
+}
+
+void readStatementHead(Compilation& c) {
+    StatementState& s = c.stmt;
+    s.keyword.clear();
+    s.token.clear();
+    s.lineHasLabel = false;
+    s.macroDefinition = false;
+    LineBuffer& l = c.line;
+    if (l.peek() == '@') {
+        s.keyword = "S_ASM";
+        ++l.pos;
+        return;
+    }
+    std::string word;
+    if (!readHeadWord(c, word)) {
+        s.nothingToDispatch = true;
+        return;
+    }
+    if (word == "REM" && (l.peek() == '\'' || l.peek() == ';')) {
+        s.keyword = word;
+        return;
+    }
+    if (isNeverLabel(word)) {
+        s.keyword = word;
+        return;
+    }
+    if (peekWord(c) == "MACRO") {
+        s.keyword = word;
+        compileMacroHead(c, word);
+        return;
+    }
+    if (l.peek() == ':') {
+        compileLabel(c, word);
+        return;
+    }
+    s.keyword = word;
+    if (word.empty()) s.nothingToDispatch = true;
+}
+
+void remarksEcho(Compilation& c) {
+    if (!c.stmt.remarksOn || !c.stmt.firstStatementOfLine) return;
+    std::string_view text = c.line.cased;
+    if (c.stmt.lineHasLabel) {
+        size_t colon = text.find(':');
+        text = colon == std::string_view::npos ? std::string_view{} : text.substr(colon + 1);
+    }
+    c.emit(";" + std::string(text));
+    c.stmt.firstStatementOfLine = false;
+}
+
+void compileStatementsOfLine(Compilation& c) {
+    LineBuffer& l = c.line;
+    do {
+        c.stmt.nothingToDispatch = false;
+        readStatementHead(c);
+        if (!c.stmt.nothingToDispatch) {
+            dispatchStatement(c);
+            if (isBlockClosingKeyword(c.stmt.keyword)) return;
+        }
+        if (l.pos < l.length()) {
+            skipBlanks(c);
+            if (l.peek() != ':') l.pos = l.length();
+        }
+    } while (l.pos < l.length());
+}
+
+void dispatchStatement(Compilation& c) {
+    const std::string& keyword = c.stmt.keyword;
+    if (keyword == "ON_INTERRUPT") {
+        compileOnInterrupt(c);
+        return;
+    }
+    if (c.ctx.pass != 2) return;
+    placeDataSkipLabel(c);
+    if (c.stmt.macroDefinition) {
+        compileNotSupported(c, "MACRO");
+        return;
+    }
+    if (StatementHandler handler = findRoute(keyword)) {
+        handler(c);
+        return;
+    }
+    compileAssignment(c);
+}
+
+StatementHandler findRoute(std::string_view keyword) {
+    static const std::unordered_map<std::string_view, StatementHandler> routes = [] {
+        std::unordered_map<std::string_view, StatementHandler> m;
+        for (const Route& r : builtinRoutes())
+            m.emplace(r.keyword, r.handler);
+        for (const Route& r : deviceRoutes())
+            m.emplace(r.keyword, r.handler);
+        for (const Route& r : laterRoutes())
+            m.emplace(r.keyword, r.handler);
+        return m;
+    }();
+    auto it = routes.find(keyword);
+    return it == routes.end() ? nullptr : it->second;
+}
+
+} // namespace zorvel

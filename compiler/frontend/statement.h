@@ -1,0 +1,31 @@
+// Statement dispatch: splits a line into statements, reads each statement's
+// label and keyword, and routes it to the generator that compiles it.
+#pragma once
+
+#include <string_view>
+
+namespace zorvel {
+
+class Compilation;
+
+using StatementHandler = void (*)(Compilation&);
+
+// Compiles every statement of the current working line (cursor at 0).
+void compileStatementsOfLine(Compilation& c);
+
+// Reads the label (if any) and the keyword of the statement at the cursor.
+void readStatementHead(Compilation& c);
+
+// Routes the statement whose keyword is in the keyword buffer.
+void dispatchStatement(Compilation& c);
+
+// The generator of a keyword, or nullptr when the statement is an assignment.
+StatementHandler findRoute(std::string_view keyword);
+
+// True for ELSE, ENDIF, WEND, NEXT and UNTIL, which end a block body.
+bool isBlockClosingKeyword(std::string_view keyword);
+
+// Writes the source line as a comment once per line when remarks are on.
+void remarksEcho(Compilation& c);
+
+} // namespace zorvel

@@ -1,0 +1,49 @@
+// Helpers for compiler tests: compile a source text in a scratch folder and
+// look at the message list and the emitted lines.
+#pragma once
+
+#include "compiler/driver/compilation.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace zorvel::test {
+
+// A scratch folder removed when the object goes.
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+
+    const std::filesystem::path& path() const { return path_; }
+    std::filesystem::path write(const std::string& name, const std::string& text) const;
+
+private:
+    std::filesystem::path path_;
+};
+
+// The project's data folder (device files), the home folder of the tests.
+std::filesystem::path dataFolder();
+
+struct CompileResult {
+    std::unique_ptr<Compilation> compilation;
+    std::vector<std::string> messages;
+    std::vector<std::string> output; // the saved .asm split at CR LF, or pass 2's lines
+    int errors = 0;
+    std::vector<std::string> alerts;
+};
+
+// Compiles `source` (lines joined with "\n") as prog.bas in a fresh folder.
+CompileResult compileSource(const std::string& source, const std::string& fileName = "prog.bas");
+
+// The emitted lines after the banner and the #include line.
+std::vector<std::string> body(const CompileResult& result);
+
+// Compiles a program and returns its body lines without the final END line.
+std::vector<std::string> statementLines(const std::string& source);
+
+} // namespace zorvel::test
