@@ -38,9 +38,19 @@ fs::path dataFolder() {
 
 CompileResult compileSource(const std::string& source, const std::string& fileName) {
     TempDir dir;
-    fs::path file = dir.write(fileName, source);
+    return compileFile(dir.write(fileName, source), dataFolder());
+}
+
+std::string lines(std::initializer_list<std::string> items) {
+    std::string out;
+    for (const std::string& item : items)
+        out += item + "\n";
+    return out;
+}
+
+CompileResult compileFile(const fs::path& file, const fs::path& home) {
     CompileResult r;
-    r.compilation = std::make_unique<Compilation>(CompileOptions{file, dataFolder()});
+    r.compilation = std::make_unique<Compilation>(CompileOptions{file, home});
     Compilation& c = *r.compilation;
     runCompile(c);
     r.messages = c.messages;
@@ -75,9 +85,9 @@ std::vector<std::string> body(const CompileResult& result) {
 std::vector<std::string> statementLines(const std::string& source) {
     CompileResult r = compileSource(source);
     std::vector<std::string> lines = body(r);
-    // Drop the trailing "\tEND" and the empty pieces its CR LF leaves.
-    while (!lines.empty() && (lines.back().empty() || lines.back() == "\tEND"))
-        lines.pop_back();
+    // Drop the final "\tEND\r\n" line: "\tEND" and the empty piece after its CR LF.
+    if (lines.size() >= 2 && lines.back().empty() && lines[lines.size() - 2] == "\tEND")
+        lines.resize(lines.size() - 2);
     return lines;
 }
 

@@ -40,6 +40,12 @@ struct CompileResult {
 // Compiles `source` (lines joined with "\n") as prog.bas in a fresh folder.
 CompileResult compileSource(const std::string& source, const std::string& fileName = "prog.bas");
 
+// Compiles an existing file with the given home folder.
+CompileResult compileFile(const std::filesystem::path& file, const std::filesystem::path& home);
+
+// Joins lines with "\n".
+std::string lines(std::initializer_list<std::string> items);
+
 // The emitted lines after the banner and the #include line.
 std::vector<std::string> body(const CompileResult& result);
 

@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds Zorvel and runs every test: the unit and
+# output tests, the device data checks, and the robustness tests under
+# AddressSanitizer and UndefinedBehaviorSanitizer.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/bootstrap.sh
+scripts/build.sh
+jobs="$(nproc)"
+ctest --test-dir build --output-on-failure -j "$jobs"
+
+echo "== sanitizer build"
+cmake -S . -B build-sanitize -G Ninja -DCMAKE_BUILD_TYPE=Debug -DZORVEL_WERROR=ON \
+  -DZORVEL_SANITIZE=ON >/dev/null
+ninja -C build-sanitize zorvel-cli compiler_tests
+ctest --test-dir build-sanitize --output-on-failure -j "$jobs" -L sanitize

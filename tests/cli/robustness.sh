@@ -1,0 +1,112 @@
+#!/usr/bin/env bash
+# Usage: robustness.sh ZORVEL HOME
+# Feeds broken and hostile sources to `zorvel build` and checks that each ends
+# with its message and exit status 1, within a time limit, with no sanitizer report.
+set -u
+zorvel="$1"
+home="$2"
+work="$(mktemp -d)"
+trap 'rm -rf "$work"' EXIT
+export ASAN_OPTIONS="detect_leaks=1:exitcode=86"
+export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1:exitcode=87"
+failures=0
+passed=0
+
+# expect NAME FILE STATUS PATTERN: run, then check status, output and sanitizer silence.
+expect() {
+  local name="$1" file="$2" want="$3" pattern="$4"
+  local out status
+  out="$(timeout 60 "$zorvel" build "$file" --home "$home" 2>&1)"
+  status=$?
+  if [ "$status" -ne "$want" ]; then
+    echo "FAIL $name: exit status $status, expected $want"; echo "$out" | head -n 20
+    failures=$((failures + 1)); return
+  fi
+  if echo "$out" | grep -q -E 'AddressSanitizer|runtime error|LeakSanitizer'; then
+    echo "FAIL $name: sanitizer report"; echo "$out" | head -n 40
+    failures=$((failures + 1)); return
+  fi
+  if ! echo "$out" | grep -q -F -- "$pattern"; then
+    echo "FAIL $name: output lacks '$pattern'"; echo "$out" | head -n 20
+    failures=$((failures + 1)); return
+  fi
+  passed=$((passed + 1))
+}
+
+# The source must be left exactly as it was.
+unchanged() {
+  local name="$1" file="$2" sum="$3"
+  if [ "$(sha256sum < "$file")" != "$sum" ]; then
+    echo "FAIL $name: source file changed"; failures=$((failures + 1))
+  else
+    passed=$((passed + 1))
+  fi
+}
+
+printf 'INCLUDE "NOWHERE.INC"\r\nEND\r\n' > "$work/missing.bas"
+expect missing-include "$work/missing.bas" 1 "Include file NOWHERE.INC Cannot be found!"
+
+printf 'INCLUDE "self.bas"\n' > "$work/self.bas"
+expect self-include "$work/self.bas" 1 "includes itself"
+
+printf 'INCLUDE "b.inc"\n' > "$work/a.inc"
+printf 'INCLUDE "a.inc"\n' > "$work/b.inc"
+printf 'INCLUDE "a.inc"\nEND\n' > "$work/cycle.bas"
+expect include-cycle "$work/cycle.bas" 1 "includes itself"
+
+for i in $(seq 1 20); do printf 'INCLUDE "d%d.inc"\n' "$((i + 1))" > "$work/d$i.inc"; done
+printf 'END\n' > "$work/d21.inc"
+printf 'INCLUDE "d1.inc"\n' > "$work/deep.bas"
+expect include-depth "$work/deep.bas" 1 "levels deep"
+
+printf 'INCLUDE NOQUOTES.INC\n' > "$work/noquote.bas"
+expect include-quotes "$work/noquote.bas" 1 "Quotes missing in INCLUDE directive!"
+
+head -c 3000 /dev/zero > "$work/nul.bas"
+printf '\n\n' >> "$work/nul.bas"
+head -c 500 /dev/zero >> "$work/nul.bas"
+expect nul-lines "$work/nul.bas" 1 "Unexpected control character (code 0)"
+
+head -c 300000 "$zorvel" > "$work/binary.bas"
+expect binary-file "$work/binary.bas" 1 "Too many COMPILER ERRORS."
+
+printf 'INCLUDE "blob.inc"\n' > "$work/binary-include.bas"
+head -c 300000 "$zorvel" > "$work/blob.inc"
+expect binary-include "$work/binary-include.bas" 1 "Error at Line ["
+
+# More working lines than a program may have.
+yes "' filler" | head -n 100001 > "$work/huge.bas"
+expect too-many-lines "$work/huge.bas" 1 "Source too long: more than 100000 lines"
+
+head -c 10485760 /dev/urandom > "$work/random.bas"
+sum="$(sha256sum < "$work/random.bas")"
+expect random-10mb "$work/random.bas" 1 "Error at Line ["
+unchanged random-10mb "$work/random.bas" "$sum"
+
+expect missing-source "$work/does-not-exist.bas" 1 "Unable to read source file"
+
+printf 'DEVICE 16F999\nEND\n' > "$work/baddevice.bas"
+expect bad-device "$work/baddevice.bas" 1 "DEVICE NOT SPECIFIED"
+expect bad-device-alert "$work/baddevice.bas" 1 "Unrecognised PIC type."
+
+# A source named .asm would be the output file: it must survive.
+printf 'END\n' > "$work/prog.asm"
+sum="$(sha256sum < "$work/prog.asm")"
+expect asm-source "$work/prog.asm" 1 "would be overwritten"
+unchanged asm-source "$work/prog.asm" "$sum"
+
+# An output folder that cannot be written: message, status 1, source untouched.
+if [ "$(id -u)" -ne 0 ]; then
+  mkdir "$work/ro"; printf 'END\n' > "$work/ro/prog.bas"; chmod a-w "$work/ro"
+  sum="$(sha256sum < "$work/ro/prog.bas")"
+  expect read-only-folder "$work/ro/prog.bas" 1 "Unable to"
+  unchanged read-only-folder "$work/ro/prog.bas" "$sum"
+  chmod u+w "$work/ro"
+fi
+
+long="$(printf 'X%.0s' $(seq 1 300))"
+printf "%s\nEND\n" "' $long" > "$work/long.bas"
+expect long-comment "$work/long.bas" 0 ".asm"
+
+echo "robustness: $passed passed, $failures failed"
+[ "$failures" -eq 0 ]
