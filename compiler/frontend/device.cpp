@@ -248,6 +248,7 @@ bool loadDevice(Compilation& c) {
         declare(c, name, kKindByte, 0, 0);
     declare(c, "XTAL", kKindNum, d.settings[kXtal].number, -1);
     d.allocAddress = d.info.bankStart(0);
+    c.ctx.variablesUsed = 0;
     if (d.interruptOn) allocateSaveBytes(c);
     allocateSystemVariables(c);
     declarePortNames(c);
