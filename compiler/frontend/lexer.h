@@ -48,7 +48,7 @@ std::string normaliseName(std::string_view name);
 // Looks a label up (pass 2 only); reports a missing one when `report`.
 bool lookupLabel(Compilation& c, bool report, std::string_view name);
 
-// Records a label in pass 1.
+// Records a label in pass 1 (while the label table has room).
 void recordLabel(Compilation& c, std::string_view name);
 
 // Looks a symbol up and makes it the current operand; reports a miss when `report`.

@@ -72,30 +72,37 @@ void compileLabel(Compilation& c, const std::string& label) {
     recordLabel(c, label);
     if (!label.empty() && label[0] >= '0' && label[0] <= '9') {
         reportError(c, kErrText, "Labels must not start with a number");
+        c.stmt.nothingToDispatch = true;
         return;
     }
     if (c.ctx.pass == 2 && !label.empty() && c.labels.full() && !c.labels.contains(label)) {
         reportError(c, kErrText, "Too many labels. A program has at most 1000");
+        c.stmt.nothingToDispatch = true;
         return;
     }
-    ++c.line.pos; // past the ":"
+    if (c.line.peek() == ':') ++c.line.pos;
     skipBlanks(c);
     if (c.line.peek() == '@') {
         ++c.line.pos;
         c.stmt.keyword = "S_ASM";
         return;
     }
-    if (!readHeadWord(c, c.stmt.keyword)) return;
-    if (c.stmt.keyword.empty()) c.stmt.nothingToDispatch = true;
+    if (!readHeadWord(c, c.stmt.keyword) || c.stmt.keyword.empty())
+        c.stmt.nothingToDispatch = true;
 }
 
 void compileMacroHead(Compilation& c, const std::string& name) {
     if (lookupKeyword(name).found()) {
         reportError(c, kErrText, "'" + name + "' is a reserved KEYWORD");
+        c.stmt.nothingToDispatch = true;
         return;
     }
-    if (c.ctx.pass == 1 && !c.macroNames.add(name))
+    if (c.ctx.pass == 1) c.macroNames.add(name);
+    if (c.ctx.pass == 2 && c.macroNames.full() && !c.macroNames.contains(name)) {
         reportError(c, kErrText, "Too many macros. A program has at most 200");
+        c.stmt.nothingToDispatch = true;
+        return;
+    }
     c.stmt.macroDefinition = true;
 }
 
