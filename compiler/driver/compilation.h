@@ -13,9 +13,15 @@
 
 namespace zorvel {
 
+// A file that contributes lines to the working source.
+struct SourceFile {
+    std::string path; // include path as found; empty for the main file
+    std::string name; // the file name without its folder, used in diagnostics
+};
+
 // One working line of the expanded source.
 struct SourceEntry {
-    std::string path; // include path as found; empty for the main file
+    int file = 0;     // index into Compilation::sourceFiles
     int line = 0;     // 0-based line number within its own file
     std::string text; // the line exactly as in the file
 };
@@ -122,6 +128,7 @@ public:
 
     CompileOptions options;
     CompileContext ctx;
+    std::vector<SourceFile> sourceFiles;
     std::vector<SourceEntry> workfile;
     std::vector<std::string> asmlist;  // output lines of pass 2
     std::vector<std::string> messages; // the message list shown to the user

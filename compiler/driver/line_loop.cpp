@@ -39,9 +39,7 @@ bool readLine(Compilation& c) {
     if (ctx.lineIndex >= ctx.lineLimit || ctx.lineIndex >= static_cast<int>(c.workfile.size()))
         return false;
     const SourceEntry& entry = c.workfile[ctx.lineIndex];
-    const std::filesystem::path& file =
-        entry.path.empty() ? c.options.sourceName : std::filesystem::path(entry.path);
-    ctx.currentFile = file.filename().string();
+    ctx.currentFile = c.sourceFiles[entry.file].name;
     ctx.currentSourceLine = entry.line;
     const std::string& text = entry.text;
     size_t begin = 0, end = text.size();
@@ -54,7 +52,7 @@ bool readLine(Compilation& c) {
     l.cased.assign(text, begin, std::min(end - begin, LineBuffer::kMaxLength));
     l.upper = l.cased;
     for (char& ch : l.upper)
-        ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
+        if (ch >= 'a' && ch <= 'z') ch = static_cast<char>(ch - 'a' + 'A');
     return true;
 }
 

@@ -60,8 +60,10 @@ struct Expander {
         if (!text) return fail("\tInclude file " + entryPath + " Cannot be read!");
         std::vector<std::string> lines = splitLines(*text);
         text.reset();
+        int fileIndex = static_cast<int>(c.sourceFiles.size());
+        c.sourceFiles.push_back({entryPath, file.filename().string()});
         for (size_t i = 0; i < lines.size(); ++i) {
-            c.workfile.push_back({entryPath, static_cast<int>(i), std::move(lines[i])});
+            c.workfile.push_back({fileIndex, static_cast<int>(i), std::move(lines[i])});
             bool quoted = true;
             std::optional<std::string> name = includeName(c.workfile.back().text, quoted);
             if (!name) continue;
@@ -93,6 +95,7 @@ struct Expander {
 
 bool readAndExpandSource(Compilation& c) {
     c.workfile.clear();
+    c.sourceFiles.clear();
     const fs::path& source = c.options.sourceName;
     std::error_code ec;
     if (!fs::is_regular_file(source, ec)) {

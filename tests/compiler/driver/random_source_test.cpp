@@ -120,7 +120,9 @@ TEST(RandomSources, CompileWithoutCrashing) {
         EXPECT_LE(r.errors, 4);
         for (const std::string& m : r.messages)
             ASSERT_TRUE(wellFormed(m)) << m;
-        if (r.errors == 0) EXPECT_FALSE(r.output.empty());
+        if (r.errors == 0) {
+            EXPECT_FALSE(r.output.empty());
+        }
     }
 }
 
