@@ -142,10 +142,72 @@ INSTANTIATE_TEST_SUITE_P(Datasheet, ReferenceDevice, testing::ValuesIn(reference
                              return std::string("P") + info.param.device;
                          });
 
+// Chips whose banks 2 and 3 reach the RAM of banks 0 and 1 instead of holding
+// their own (and the USB parts, whose bank 3 holds USB buffers): only the RAM
+// they really have may be counted. Capacities and ranges from the datasheets'
+// register file maps.
+struct MirroredRam {
+    const char* device;
+    long ramCapacity;
+    std::array<long, 8> banks; // start and end of banks 0..3, 0/0 when absent
+    long ramBanks;
+};
+
+// clang-format off
+const std::array<MirroredRam, 14> mirroredRam{{
+    // 20h-7Fh and A0h-BFh (C0h-FFh reach 40h-7Fh); banks 2/3 reach banks 0/1.
+    {"16F72", 128, {32, 127, 160, 191, 0, 0, 0, 0}, 2},
+    // 20h-7Fh and A0h-FFh; banks 2/3 reach banks 0/1.
+    {"16F73", 192, {32, 127, 160, 255, 0, 0, 0, 0}, 2},
+    {"16F74", 192, {32, 127, 160, 255, 0, 0, 0, 0}, 2},
+    // 20h-7Fh and A0h-BFh; banks 2 and 3 reach bank 0.
+    {"16F818", 128, {32, 127, 160, 191, 0, 0, 0, 0}, 2},
+    // 20h-7Fh, A0h-EFh and 120h-16Fh; bank 3 reaches bank 0.
+    {"16F819", 256, {32, 127, 160, 239, 288, 367, 0, 0}, 3},
+    // 20h-7Fh and A0h-BFh; banks 2/3 reach banks 0/1.
+    {"16F870", 128, {32, 127, 160, 191, 0, 0, 0, 0}, 2},
+    {"16F871", 128, {32, 127, 160, 191, 0, 0, 0, 0}, 2},
+    {"16F872", 128, {32, 127, 160, 191, 0, 0, 0, 0}, 2},
+    // 20h-7Fh and A0h-FFh, no common RAM; banks 2/3 reach banks 0/1.
+    {"16F873", 192, {32, 127, 160, 255, 0, 0, 0, 0}, 2},
+    {"16F874", 192, {32, 127, 160, 255, 0, 0, 0, 0}, 2},
+    {"16F873A", 192, {32, 127, 160, 255, 0, 0, 0, 0}, 2},
+    {"16F874A", 192, {32, 127, 160, 255, 0, 0, 0, 0}, 2},
+    // 20h-7Fh, A0h-EFh and 120h-16Fh; 1A0h-1DFh is USB dual-port RAM.
+    {"16C745", 256, {32, 127, 160, 239, 288, 367, 0, 0}, 3},
+    {"16C765", 256, {32, 127, 160, 239, 288, 367, 0, 0}, 3},
+}};
+// clang-format on
+
+void PrintTo(const MirroredRam& ref, std::ostream* out) {
+    *out << ref.device;
+}
+
+class MirroredRamDevice : public testing::TestWithParam<MirroredRam> {};
+
+TEST_P(MirroredRamDevice, CountsOnlyItsOwnRam) {
+    const MirroredRam& ref = GetParam();
+    InfFile inf = readDevice(ref.device);
+    ASSERT_TRUE(inf.errors.empty()) << inf.errors.front();
+    EXPECT_EQ(inf.field(RamCapacity), ref.ramCapacity);
+    for (std::size_t i = 0; i < ref.banks.size(); ++i)
+        EXPECT_EQ(inf.field(Bank0Start + i), ref.banks[i]) << "bank field " << i;
+    EXPECT_EQ(inf.field(RamBanks), ref.ramBanks);
+    // Four banks are still selectable; only their RAM is shared.
+    EXPECT_EQ(inf.field(PokeStyle), 4);
+}
+
+INSTANTIATE_TEST_SUITE_P(Datasheet, MirroredRamDevice, testing::ValuesIn(mirroredRam),
+                         [](const testing::TestParamInfo<MirroredRam>& info) {
+                             return std::string("P") + info.param.device;
+                         });
+
 TEST(DeviceFiles, ReferenceDevicesArePresent) {
     std::vector<std::string> names = deviceNames();
     std::set<std::string> present(names.begin(), names.end());
     for (const Reference& ref : references)
+        EXPECT_TRUE(present.contains(ref.device)) << ref.device;
+    for (const MirroredRam& ref : mirroredRam)
         EXPECT_TRUE(present.contains(ref.device)) << ref.device;
     // Roughly 150 classic mid-range parts; far fewer means devices went missing.
     EXPECT_GE(names.size(), 100u);
@@ -156,7 +218,8 @@ TEST(DeviceFiles, EveryFileParses) {
         InfFile inf = readInf(path);
         EXPECT_TRUE(inf.errors.empty()) << path << ": " << inf.errors.front();
         EXPECT_EQ(inf.fields.size(), infFieldCount) << path;
-        EXPECT_FALSE(inf.symbols.empty()) << path;
+        EXPECT_FALSE(inf.registers.empty()) << path;
+        EXPECT_FALSE(inf.fuses.empty()) << path;
         std::string text = readText(path);
         EXPECT_TRUE(text.ends_with("\n")) << path;
         EXPECT_EQ(text.find('\r'), std::string::npos) << path;
@@ -223,15 +286,50 @@ TEST(DeviceFiles, BankRangesDoNotOverlapRegisters) {
     for (const fs::path& path : infPaths()) {
         InfFile inf = readInf(path);
         ASSERT_TRUE(inf.errors.empty()) << path;
-        std::set<std::string> fuses = fuseNames(inf.device);
-        for (const InfSymbol& symbol : inf.symbols) {
-            // Data memory ends at 1FFh; larger values are configuration words.
-            if (fuses.contains(symbol.name) || symbol.value >= 0x200) continue;
+        for (const InfSymbol& symbol : inf.registers) {
             for (std::size_t bank = 0; bank < 4; ++bank) {
                 EXPECT_FALSE(insideBank(inf, bank, symbol.value))
                     << inf.device << ": " << symbol.name << " at " << symbol.value
                     << " is inside the RAM of bank " << bank;
             }
+        }
+    }
+}
+
+// The reader tells registers from fuses by the marker line alone.
+TEST(DeviceFiles, EveryFileMarksItsFuseSectionOnce) {
+    for (const fs::path& path : infPaths()) {
+        InfFile inf = readInf(path);
+        ASSERT_TRUE(inf.errors.empty()) << path << ": " << inf.errors.front();
+        EXPECT_EQ(inf.fuseMarkers, 1u) << path;
+        std::string text = readText(path);
+        std::size_t marker = text.find("\n" + std::string(fuseSectionMarker) + "\n");
+        ASSERT_NE(marker, std::string::npos) << path;
+        // Registers come before the marker, fuses after it.
+        EXPECT_FALSE(inf.registers.empty()) << path;
+        EXPECT_FALSE(inf.fuses.empty()) << path;
+    }
+}
+
+// The names after the marker are exactly the fuses the register include
+// aliases (NAME EQU _NAME), plus the few options a header spells without
+// underscore; no register line carries such a name.
+TEST(DeviceFiles, FuseSectionHoldsTheRegisterIncludeFuses) {
+    for (const fs::path& path : infPaths()) {
+        InfFile inf = readInf(path);
+        ASSERT_TRUE(inf.errors.empty()) << path;
+        std::set<std::string> aliased = fuseNames(inf.device);
+        std::set<std::string> fuses;
+        for (const InfSymbol& fuse : inf.fuses) {
+            fuses.insert(fuse.name);
+            EXPECT_TRUE(aliased.contains(fuse.name) || isPlainOption(fuse.name))
+                << inf.device << ": " << fuse.name << " is not a fuse of the register include";
+        }
+        for (const std::string& name : aliased)
+            EXPECT_TRUE(fuses.contains(name)) << inf.device << ": " << name;
+        for (const InfSymbol& reg : inf.registers) {
+            EXPECT_FALSE(aliased.contains(reg.name) || isPlainOption(reg.name))
+                << inf.device << ": " << reg.name;
         }
     }
 }

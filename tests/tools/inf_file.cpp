@@ -45,18 +45,31 @@ bool isUpperHex(const std::string& digits) {
     });
 }
 
-// "PORTB = $06": a name and an upper-case hexadecimal value.
+// "PORTB = $06": a name and an upper-case hexadecimal value. Comment lines
+// (";" first) are allowed after the fields; the fuse section marker among them
+// sends the following symbols to the fuse list.
 void readSymbol(InfFile& inf, const std::string& text, std::size_t number) {
+    if (text == fuseSectionMarker) {
+        ++inf.fuseMarkers;
+        return;
+    }
+    if (text.starts_with(';')) return;
     Line line;
     long value = 0;
     if (splitLine(text, line) && line.value.starts_with('$') && isUpperHex(line.value.substr(1)) &&
-        parseNumber(line.value.substr(1), 16, value))
-        inf.symbols.push_back(InfSymbol{line.name, static_cast<unsigned>(value)});
-    else
+        parseNumber(line.value.substr(1), 16, value)) {
+        auto& list = inf.fuseMarkers > 0 ? inf.fuses : inf.registers;
+        list.push_back(InfSymbol{line.name, static_cast<unsigned>(value)});
+    } else {
         inf.errors.push_back("symbol line " + std::to_string(number) + " is malformed: " + text);
+    }
 }
 
 } // namespace
+
+bool isPlainOption(const std::string& name) {
+    return name == "DATA_CP_ON" || name == "DATA_CP_OFF";
+}
 
 fs::path dataFolder() {
     return fs::path(ZORVEL_SOURCE_DATA) / "inc";

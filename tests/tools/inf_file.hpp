@@ -9,6 +9,13 @@ namespace zorvel_test {
 
 constexpr std::size_t infFieldCount = 46;
 
+// The comment line between the register lines and the configuration fuse lines.
+constexpr const char* fuseSectionMarker = "; Configuration fuses";
+
+// Configuration options that some gputils headers (16F62x) spell without the
+// leading underscore; the register include needs no alias for them.
+bool isPlainOption(const std::string& name);
+
 struct InfSymbol {
     std::string name;
     unsigned value = 0;
@@ -17,7 +24,9 @@ struct InfSymbol {
 struct InfFile {
     std::string device; // file name without "P" and ".inf", e.g. "16F877A"
     std::vector<long> fields;
-    std::vector<InfSymbol> symbols; // register and fuse lines after the fields
+    std::vector<InfSymbol> registers; // symbol lines before the fuse section marker
+    std::vector<InfSymbol> fuses;     // symbol lines after it
+    std::size_t fuseMarkers = 0;      // how many marker lines the file has
     std::vector<std::string> errors;
 
     long field(std::size_t index) const { return fields.at(index); }

@@ -84,30 +84,70 @@ private:
 
 class RegisterInclude : public testing::TestWithParam<std::string> {};
 
-TEST_P(RegisterInclude, AssemblesWithGpasm) {
+bool gpasmMissing() {
     const std::string gpasm = ZORVEL_GPASM;
-    if (gpasm.empty() || gpasm.ends_with("NOTFOUND"))
-        GTEST_SKIP() << "gpasm was not found when the tests were configured";
-    const std::string& device = GetParam();
-    std::string fuse = firstFuse(device);
-    ASSERT_FALSE(fuse.empty()) << "no fuse alias in P" << device << ".zvi";
+    return gpasm.empty() || gpasm.ends_with("NOTFOUND");
+}
 
+// Assembles body after the register include of device, as generated code is.
+void expectAssembles(const std::string& device, const std::string& body) {
     ScratchFolder folder(device);
     fs::path source = folder.path() / "probe.asm";
     std::ofstream(source, std::ios::binary) << "\tLIST P=p" << lowerCase(device) << "\n"
                                             << "\t#include \"P" << device << ".zvi\"\n"
-                                            << "\t__CONFIG " << fuse << "\n"
-                                            << "\torg 0\n"
-                                            << "\tnop\n"
-                                            << "\tend\n";
-    RunResult result = run(quoted(gpasm) + " -a inhx8m -k -w 2 -i -q -I " +
+                                            << body << "\tend\n";
+    RunResult result = run(quoted(ZORVEL_GPASM) + " -a inhx8m -k -w 2 -i -q -I " +
                            quoted(dataFolder().string()) + " " + quoted(source.string()));
-    EXPECT_EQ(result.exitStatus, 0) << result.output;
-    EXPECT_TRUE(fs::is_regular_file(folder.path() / "probe.hex")) << result.output;
     fs::path errors = folder.path() / "probe.err";
+    std::string messages = result.output + (fs::exists(errors) ? readText(errors) : "");
+    EXPECT_EQ(result.exitStatus, 0) << messages;
+    EXPECT_TRUE(fs::is_regular_file(folder.path() / "probe.hex")) << messages;
     if (fs::exists(errors)) {
         EXPECT_EQ(readText(errors).find("Error"), std::string::npos) << readText(errors);
     }
+}
+
+TEST_P(RegisterInclude, AssemblesWithGpasm) {
+    if (gpasmMissing()) GTEST_SKIP() << "gpasm was not found when the tests were configured";
+    const std::string& device = GetParam();
+    std::string fuse = firstFuse(device);
+    ASSERT_FALSE(fuse.empty()) << "no fuse alias in P" << device << ".zvi";
+    expectAssembles(device, "\t__CONFIG " + fuse + "\n\torg 0\n\tnop\n");
+}
+
+std::string hexValue(unsigned value) {
+    std::ostringstream text;
+    text << std::uppercase << std::hex << value;
+    return "H'" + text.str() + "'";
+}
+
+// Every register and fuse name of the .inf file is defined, with the same
+// value, once the register include is read; a fuse name is the configuration
+// option of the header (its underscored spelling, except the few options a
+// header spells without underscore), a register name is not.
+TEST_P(RegisterInclude, DefinesEveryInfSymbolWithItsValue) {
+    if (gpasmMissing()) GTEST_SKIP() << "gpasm was not found when the tests were configured";
+    const std::string& device = GetParam();
+    InfFile inf = readDevice(device);
+    ASSERT_TRUE(inf.errors.empty()) << inf.errors.front();
+    ASSERT_FALSE(inf.fuses.empty());
+    std::string body;
+    for (const InfSymbol& reg : inf.registers) {
+        body += "\tif (" + reg.name + ") != " + hexValue(reg.value) + "\n\terror \"register " +
+                reg.name + " differs\"\n\tendif\n";
+        body += "\tifdef _" + reg.name + "\n\terror \"register " + reg.name +
+                " is a configuration option\"\n\tendif\n";
+    }
+    for (const InfSymbol& fuse : inf.fuses) {
+        body += "\tif (" + fuse.name + ") != " + hexValue(fuse.value) + "\n\terror \"fuse " +
+                fuse.name + " differs\"\n\tendif\n";
+        if (isPlainOption(fuse.name)) continue;
+        body += "\tifndef _" + fuse.name + "\n\terror \"fuse " + fuse.name +
+                " is no configuration option\"\n\telse\n\tif (" + fuse.name + ") != (_" +
+                fuse.name + ")\n\terror \"fuse " + fuse.name + " is not the option _" + fuse.name +
+                "\"\n\tendif\n\tendif\n";
+    }
+    expectAssembles(device, body + "\torg 0\n\tnop\n");
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryDevice, RegisterInclude, testing::ValuesIn(deviceNames()),

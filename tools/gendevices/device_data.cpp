@@ -3,6 +3,7 @@
 #include "programmer_timing.hpp"
 #include "text_util.hpp"
 
+#include <algorithm>
 #include <optional>
 
 namespace gendevices {
@@ -160,6 +161,13 @@ void addRegisterAliases(DeviceData& data, const HeaderInfo& header) {
 }
 
 void addBankNotes(DeviceData& data) {
+    std::vector<std::string_view> sources;
+    for (const BankFact& fact : bankFacts()) {
+        bool known = std::find(sources.begin(), sources.end(), fact.source) != sources.end();
+        if (fact.chip == data.chip && !known) sources.push_back(fact.source);
+    }
+    for (std::string_view source : sources)
+        data.notes.push_back("RAM banks corrected from " + std::string(source));
     for (const BankLayout& layout : data.banks) {
         if (layout.runs.size() < 2) continue;
         std::string note = "bank " + std::to_string(layout.bank) + " has " +
@@ -191,6 +199,7 @@ std::variant<DeviceData, Rejection> buildDevice(const ChipProperties& chip,
     data.registers = header.registers;
     data.fuses = header.fuses;
     data.banks = findBanks(chip, header);
+    data.errors = checkMirrorTargets(chip.name, data.banks);
     const ConfigWord& word = chip.configWords.front();
     data.fields[CodeSizeClass] = *codeSizeClass(chip.programWords);
     setMemoryFields(data, chip, header);

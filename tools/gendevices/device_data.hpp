@@ -62,7 +62,8 @@ struct DeviceData {
     std::vector<Symbol> fuses;
     std::vector<Alias> aliases; // .zvi EQU lines, fuse aliases first
     std::vector<BankLayout> banks;
-    std::vector<std::string> notes; // remarks for the tool's report
+    std::vector<std::string> notes;  // remarks for the tool's report
+    std::vector<std::string> errors; // inconsistent data; the device must not be written
 };
 
 struct Rejection {

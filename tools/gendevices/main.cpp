@@ -7,12 +7,15 @@
 #include "gpasm_info.hpp"
 #include "header_info.hpp"
 #include "output_files.hpp"
+#include "ram_layout.hpp"
 
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <optional>
+#include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace fs = std::filesystem;
@@ -52,6 +55,7 @@ std::optional<Options> parseOptions(int argc, char** argv) {
 
 struct Report {
     int generated = 0;
+    std::set<std::string> generatedChips;
     int ignored = 0; // names that are not PIC12/PIC16 parts
     std::vector<std::string> skipped;
     std::vector<std::string> notes;
@@ -99,6 +103,11 @@ bool processChip(const std::string& chip, const Options& options, Report& report
         return true;
     }
     const DeviceData& device = std::get<DeviceData>(built);
+    if (!device.errors.empty()) {
+        for (const std::string& error : device.errors)
+            std::cerr << "gendevices: " << chip << ": " << error << "\n";
+        return false;
+    }
     for (const std::string& note : device.notes)
         report.notes.push_back("P" + device.deviceName + ": " + note);
     if (!writeDevice(device, options.outDir)) {
@@ -107,6 +116,7 @@ bool processChip(const std::string& chip, const Options& options, Report& report
         return false;
     }
     ++report.generated;
+    report.generatedChips.insert(chip);
     return true;
 }
 
@@ -119,9 +129,19 @@ void printReport(const Report& report, const Options& options) {
         std::cout << "  " << line << "\n";
     for (const std::string& line : report.notes)
         std::cout << "note: " << line << "\n";
+    std::set<std::string_view> unused;
+    for (const BankFact& fact : bankFacts()) {
+        if (!report.generatedChips.contains(std::string(fact.chip))) unused.insert(fact.chip);
+    }
+    for (std::string_view chip : unused)
+        std::cout << "note: the RAM table names " << chip << ", which was not generated\n";
 }
 
 int run(const Options& options) {
+    std::vector<std::string> tableProblems = checkBankFacts();
+    for (const std::string& problem : tableProblems)
+        std::cerr << "gendevices: RAM table: " << problem << "\n";
+    if (!tableProblems.empty()) return EXIT_FAILURE;
     GpasmQuery query = listChips(options.gpasm);
     if (!query.ran || query.chips.empty()) {
         std::cerr << "gendevices: cannot get the chip list from '" << options.gpasm << " -l14'\n";

@@ -20,6 +20,7 @@ std::string infText(const DeviceData& device) {
     for (std::size_t i = 0; i < fieldCount; ++i)
         text += std::string(fieldNames[i]) + " = " + std::to_string(device.fields[i]) + "\n";
     appendSymbols(text, device.registers, 2);
+    text += std::string(fuseSectionComment) + "\n";
     appendSymbols(text, device.fuses, 4);
     return text;
 }

@@ -5,8 +5,13 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 namespace gendevices {
+
+// The comment line of the .inf file that separates the register lines from the
+// configuration fuse lines that follow it.
+constexpr std::string_view fuseSectionComment = "; Configuration fuses";
 
 std::string infText(const DeviceData& device);
 std::string zviText(const DeviceData& device);
