@@ -4,6 +4,7 @@
 #include "compiler/driver/file_io.h"
 
 #include <atomic>
+#include <cctype>
 #include <fstream>
 #include <unistd.h>
 
@@ -67,6 +68,19 @@ CompileResult compileFile(const fs::path& file, const fs::path& home) {
         r.output = c.asmlist;
     }
     return r;
+}
+
+void setLine(Compilation& c, const std::string& text, size_t pos) {
+    c.line.cased = text;
+    c.line.raw = text;
+    c.line.upper = text;
+    for (char& ch : c.line.upper)
+        ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
+    c.line.pos = pos;
+}
+
+std::string errorFrame(const std::string& upperLine, const std::string& text) {
+    return "Error at Line [1]\tIn file [x.bas]\t" + upperLine + "\t*** " + text + "! ***";
 }
 
 std::vector<std::string> body(const CompileResult& result) {

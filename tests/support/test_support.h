@@ -49,6 +49,23 @@ std::string lines(std::initializer_list<std::string> items);
 // The emitted lines after the banner and the #include line.
 std::vector<std::string> body(const CompileResult& result);
 
+// Puts `text` into the line buffers as the line reader would: an upper-case
+// working copy, the case-preserving copy and the raw copy, cursor at `pos`.
+void setLine(Compilation& c, const std::string& text, size_t pos = 0);
+
+// A pass-2 compilation positioned on line 1 of x.bas, for tests of readers.
+struct PassTwo {
+    Compilation c{{"/tmp/x.bas", "/tmp"}};
+    PassTwo() {
+        c.ctx.pass = 2;
+        c.ctx.currentFile = "x.bas";
+        c.ctx.currentSourceLine = 0;
+    }
+};
+
+// The standard error frame for line 1 of x.bas.
+std::string errorFrame(const std::string& upperLine, const std::string& text);
+
 // Compiles a program and returns its body lines without the final END line.
 std::vector<std::string> statementLines(const std::string& source);
 

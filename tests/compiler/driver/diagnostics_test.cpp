@@ -2,6 +2,7 @@
 // silence of pass 1, the cursor move and the error limit.
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
+#include "support/test_support.h"
 
 #include <algorithm>
 #include <cctype>
@@ -12,14 +13,7 @@
 namespace zorvel {
 namespace {
 
-void setLine(Compilation& c, const std::string& text, size_t pos = 0) {
-    c.line.cased = text;
-    c.line.raw = text;
-    c.line.upper = text;
-    std::transform(c.line.upper.begin(), c.line.upper.end(), c.line.upper.begin(),
-                   [](unsigned char ch) { return static_cast<char>(std::toupper(ch)); });
-    c.line.pos = pos;
-}
+using test::setLine;
 
 // Pass 2, on the 10th line of TEST.INC, whose working line is GOTO NOWHERE
 // (the case-preserving copy is lower case, so the frame shows which is used).

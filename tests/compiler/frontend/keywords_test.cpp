@@ -86,7 +86,8 @@ TEST(TableLimits, AThousandLabelsAreFine) {
 
 TEST(TableLimits, MacroNamesBeyondTwoHundredAreRefused) {
     std::string source;
-    for (int i = 0; i < 201; ++i) source += "M" + std::to_string(i) + " MACRO\n";
+    for (int i = 0; i < 201; ++i)
+        source += "M" + std::to_string(i) + " MACRO\n";
     CompileResult r = compileSource(source);
     ASSERT_FALSE(r.messages.empty());
     EXPECT_EQ(r.messages[0], "Error at Line [1]\tIn file [prog.bas]\tM0 MACRO\t*** 'MACRO' is not "

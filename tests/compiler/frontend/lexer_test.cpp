@@ -2,6 +2,7 @@
 // operands, texts, the separator check, name normalisation, labels and symbols.
 #include "compiler/driver/compilation.h"
 #include "compiler/frontend/lexer.h"
+#include "support/test_support.h"
 
 #include <algorithm>
 #include <cctype>
@@ -12,31 +13,11 @@
 namespace zorvel {
 namespace {
 
-// Puts `text` into the line buffers as the line reader would: an upper-case
-// working copy, the case-preserving copy and the raw copy, cursor at `pos`.
-void setLine(Compilation& c, const std::string& text, size_t pos = 0) {
-    c.line.cased = text;
-    c.line.raw = text;
-    c.line.upper = text;
-    std::transform(c.line.upper.begin(), c.line.upper.end(), c.line.upper.begin(),
-                   [](unsigned char ch) { return static_cast<char>(std::toupper(ch)); });
-    c.line.pos = pos;
-}
+using test::errorFrame;
+using test::setLine;
 
 // A pass-2 compilation positioned on line 1 of x.bas.
-struct Fixture {
-    Compilation c{{"/tmp/x.bas", "/tmp"}};
-    Fixture() {
-        c.ctx.pass = 2;
-        c.ctx.currentFile = "x.bas";
-        c.ctx.currentSourceLine = 0;
-    }
-};
-
-// The standard error frame for line 1 of x.bas.
-std::string errorFrame(const std::string& upperLine, const std::string& text) {
-    return "Error at Line [1]\tIn file [x.bas]\t" + upperLine + "\t*** " + text + "! ***";
-}
+struct Fixture : test::PassTwo {};
 
 std::string show(const std::string& s) {
     std::string out = "[";

@@ -3,6 +3,7 @@
 #include "compiler/driver/compilation.h"
 #include "compiler/frontend/lexer.h"
 #include "compiler/frontend/numbers.h"
+#include "support/test_support.h"
 
 #include <algorithm>
 #include <cctype>
@@ -12,27 +13,10 @@
 namespace zorvel {
 namespace {
 
-void setLine(Compilation& c, const std::string& text, size_t pos = 0) {
-    c.line.cased = text;
-    c.line.raw = text;
-    c.line.upper = text;
-    std::transform(c.line.upper.begin(), c.line.upper.end(), c.line.upper.begin(),
-                   [](unsigned char ch) { return static_cast<char>(std::toupper(ch)); });
-    c.line.pos = pos;
-}
+using test::errorFrame;
+using test::setLine;
 
-struct Fixture {
-    Compilation c{{"/tmp/x.bas", "/tmp"}};
-    Fixture() {
-        c.ctx.pass = 2;
-        c.ctx.currentFile = "x.bas";
-        c.ctx.currentSourceLine = 0;
-    }
-};
-
-std::string errorFrame(const std::string& upperLine, const std::string& text) {
-    return "Error at Line [1]\tIn file [x.bas]\t" + upperLine + "\t*** " + text + "! ***";
-}
+struct Fixture : test::PassTwo {};
 
 struct GoodCase {
     std::string text;

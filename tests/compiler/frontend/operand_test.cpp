@@ -2,6 +2,7 @@
 // and of the term pre-scan of operand expressions.
 #include "compiler/driver/compilation.h"
 #include "compiler/frontend/operand.h"
+#include "support/test_support.h"
 
 #include <algorithm>
 #include <cctype>
@@ -12,23 +13,13 @@
 namespace zorvel {
 namespace {
 
-void setLine(Compilation& c, const std::string& text, size_t pos = 0) {
-    c.line.cased = text;
-    c.line.raw = text;
-    c.line.upper = text;
-    std::transform(c.line.upper.begin(), c.line.upper.end(), c.line.upper.begin(),
-                   [](unsigned char ch) { return static_cast<char>(std::toupper(ch)); });
-    c.line.pos = pos;
-}
+using test::errorFrame;
+using test::setLine;
 
 // A pass-2 compilation with registers, variables of every kind and constants,
 // declared under the names the declarations use (single letters get "_").
-struct Fixture {
-    Compilation c{{"/tmp/x.bas", "/tmp"}};
+struct Fixture : test::PassTwo {
     Fixture() {
-        c.ctx.pass = 2;
-        c.ctx.currentFile = "x.bas";
-        c.ctx.currentSourceLine = 0;
         c.symbols.add({"STATUS", "STATUS", kKindByte, 3, -1});
         c.symbols.add({"PORTB", "PORTB", kKindByte, 6, -1});
         c.symbols.add({"COUNT", "COUNT", kKindByte, 32, -1});
@@ -45,10 +36,6 @@ struct Fixture {
         c.symbols.add({"_K", "4660", kKindNum, 4660, -1});
     }
 };
-
-std::string errorFrame(const std::string& upperLine, const std::string& text) {
-    return "Error at Line [1]\tIn file [x.bas]\t" + upperLine + "\t*** " + text + "! ***";
-}
 
 // ---------------------------------------------------------------------------
 // Classify operand: accepted operands
