@@ -6,6 +6,7 @@
 #include "compiler/frontend/device.h"
 #include "compiler/frontend/symbols.h"
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -103,6 +104,21 @@ struct TermScan {
     bool allConstant = false;
 };
 
+// What the library writer needs to know about the runtime subroutines: one
+// need mark per routine group (numbered from 1 in writing order) and the
+// marks the code generators set for the macro prelude.
+struct RuntimeState {
+    static constexpr int kGroupCount = 73;
+    std::array<bool, kGroupCount + 1> need{}; // index = group number; 0 unused
+    bool jumpTableUsed = false;               // a computed jump into a table was emitted
+};
+
+// The data EEPROM image collected by EDATA.
+struct EepromImage {
+    std::vector<int32_t> values; // in order of the EDATA statements
+    bool present = false;
+};
+
 struct CompileOptions {
     std::filesystem::path sourceName; // the main source file
     std::filesystem::path homeFolder; // holds inc/ with the device files
@@ -137,6 +153,8 @@ public:
     StatementState stmt;
     LabelCounters counters;
     DataTableState dataTable;
+    RuntimeState runtime;
+    EepromImage eeprom;
     Operand operand;    // the operand being classified or compiled
     NumberValue number; // the last number converted
     TermScan termScan;

@@ -20,6 +20,8 @@ void resetRun(Compilation& c) {
     c.device.interruptOn = false;
     c.device.interruptUsed = false;
     c.device.handlerLabel.clear();
+    c.runtime = RuntimeState{};
+    c.eeprom = EepromImage{};
     c.ctx = CompileContext{};
     fs::path source = c.options.sourceName;
     c.ctx.asmName = fs::path(source).replace_extension(".asm").string();
