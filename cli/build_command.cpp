@@ -1,5 +1,6 @@
 #include "cli/build_command.h"
 
+#include "compiler/driver/assembler.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/compile_run.h"
 #include "compiler/driver/home_folder.h"
@@ -12,6 +13,8 @@ void addBuildCommand(CLI::App& app, BuildOptions& options) {
     CLI::App* build = app.add_subcommand("build", "Compile a BASIC source file to assembly");
     build->add_option("FILE", options.source, "The .bas source file")->required();
     build->add_option("--home", options.home, "Folder whose inc/ holds the device files");
+    build->add_option("--assembler", options.assembler,
+                      "The gpasm program (default: gpasm on PATH)");
 }
 
 int runBuild(const BuildOptions& options, const std::filesystem::path& executable) {
@@ -22,14 +25,14 @@ int runBuild(const BuildOptions& options, const std::filesystem::path& executabl
         std::cerr << "zorvel: " << home.error << "\n";
         return 2;
     }
-    Compilation c({std::filesystem::absolute(options.source), *home.folder});
+    Compilation c({std::filesystem::absolute(options.source), *home.folder, options.assembler});
     runCompile(c);
     for (const std::string& alert : c.alerts)
         std::cerr << "zorvel: " << alert << "\n";
     for (const std::string& line : c.messages)
         std::cout << line << "\n";
     if (c.ctx.errorCount != 0) return 1;
-    std::cout << c.ctx.asmName << "\n";
+    std::cout << outputPath(c, ".hex").string() << "\n";
     return 0;
 }
 

@@ -11,6 +11,7 @@ namespace zorvel::cli {
 struct BuildOptions {
     std::string source;
     std::optional<std::string> home;
+    std::string assembler = "gpasm";
 };
 
 void addBuildCommand(CLI::App& app, BuildOptions& options);

@@ -3,6 +3,7 @@
 // compilations can run side by side in one process.
 #pragma once
 
+#include "compiler/driver/hex_file.h"
 #include "compiler/frontend/device.h"
 #include "compiler/frontend/symbols.h"
 
@@ -74,6 +75,14 @@ struct StatementState {
     bool macroDefinition = false; // the head was "name MACRO"
 };
 
+// Where the next packed bit variable goes, and the temporaries in use.
+struct AllocatorState {
+    int bitByteCount = 0;  // B@VR1, B@VR2, ...
+    int bitIndex = 0;      // next bit in the current bit byte; 0 or 8 opens a new one
+    std::string bitByte;   // name of the current bit byte
+    int nextTemporary = 7; // N@VAR7, N@VAR8, ...
+};
+
 // A DATA table's skip label, placed before the first statement after the table.
 struct DataTableState {
     std::string skipLabel;
@@ -82,7 +91,9 @@ struct DataTableState {
 
 // Per-pass counters of generated labels.
 struct LabelCounters {
-    int block = 1; // "Pb@lab" labels of END, STOP and the loops
+    int block = 1;   // IF, loops, END and STOP
+    int compare = 1; // "CP@LB" and "P@LB" of the comparisons
+    int step = 1;    // "N@Lab" of the FOR steps
 };
 
 // The value of the last number converted, with its byte parts as text.
@@ -122,6 +133,8 @@ struct EepromImage {
 struct CompileOptions {
     std::filesystem::path sourceName; // the main source file
     std::filesystem::path homeFolder; // holds inc/ with the device files
+    std::string assembler = "gpasm";  // path or name on PATH
+    bool assemble = true;             // false: stop after writing the .asm and library files
 };
 
 class Compilation {
@@ -152,8 +165,10 @@ public:
     LineBuffer line;
     StatementState stmt;
     LabelCounters counters;
+    AllocatorState alloc;
     DataTableState dataTable;
     RuntimeState runtime;
+    HexImage hex; // what the assembler produced, after a clean build
     EepromImage eeprom;
     Operand operand;    // the operand being classified or compiled
     NumberValue number; // the last number converted

@@ -1,10 +1,12 @@
 #include "compiler/driver/compile_run.h"
 
+#include "compiler/driver/assembler.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
 #include "compiler/driver/file_io.h"
 #include "compiler/driver/line_loop.h"
 #include "compiler/driver/source_reader.h"
+#include "compiler/library/library_writer.h"
 
 namespace zorvel {
 namespace {
@@ -40,6 +42,7 @@ void resetPass(Compilation& c, int pass) {
     c.asmlist.clear();
     c.stmt = StatementState{};
     c.counters = LabelCounters{};
+    c.alloc = AllocatorState{};
     c.dataTable = DataTableState{};
     c.device.resetForPass();
 }
@@ -90,15 +93,22 @@ std::string joinLines(const std::vector<std::string>& lines) {
     return out;
 }
 
-void saveAssembly(Compilation& c) {
-    fs::path asmPath = c.ctx.asmName;
-    std::error_code ec;
-    if (fs::equivalent(asmPath, c.options.sourceName, ec)) {
-        c.messages.push_back("\tThe source file " + asmPath.filename().string() +
-                             " would be overwritten by the assembler output: rename it to .bas");
+// A source named like one of the build's own files would be overwritten.
+bool sourceIsAnOutput(Compilation& c) {
+    for (const char* ext : {".asm", ".zvl", ".hex", ".err", ".lst", ".cod"}) {
+        std::error_code ec;
+        if (!fs::equivalent(outputPath(c, ext), c.options.sourceName, ec)) continue;
+        c.messages.push_back("\tThe source file " + c.options.sourceName.filename().string() +
+                             " would be overwritten by the build's output: rename it to .bas");
         ++c.ctx.errorCount;
-        return;
+        return true;
     }
+    return false;
+}
+
+void saveAssembly(Compilation& c) {
+    if (sourceIsAnOutput(c)) return;
+    fs::path asmPath = c.ctx.asmName;
     std::string error = writeFileAtomic(asmPath, joinLines(c.asmlist));
     if (!error.empty()) {
         c.messages.push_back("\t" + error);
@@ -106,6 +116,14 @@ void saveAssembly(Compilation& c) {
         return;
     }
     c.asmlist.clear();
+}
+
+// The .asm, the library file, then the assembler and what it produced.
+void buildOutputs(Compilation& c) {
+    saveAssembly(c);
+    if (c.ctx.errorCount != 0) return;
+    writeLibraryFile(c);
+    if (c.options.assemble) assembleAndReadBack(c);
 }
 
 } // namespace
@@ -134,7 +152,8 @@ void runCompile(Compilation& c) {
         ctx.endSeen = true;
     }
     if (!ctx.deviceSet) reportError(c, kErrWhole, "DEVICE NOT SPECIFIED");
-    if (ctx.errorCount == 0 && ctx.deviceSet) saveAssembly(c);
+    if (ctx.errorCount == 0 && ctx.deviceSet) buildOutputs(c);
+    if (ctx.errorCount == 0 && c.options.assemble) appendSummary(c);
 }
 
 } // namespace zorvel

@@ -1,5 +1,6 @@
 #include "compiler/frontend/builtin_statements.h"
 
+#include "compiler/codegen/emit.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
 #include "compiler/driver/line_loop.h"
@@ -34,12 +35,11 @@ void compileMacroParams(Compilation& c) {
 }
 
 // An endless loop on a fresh block label.
-std::string emitHaltLoop(Compilation& c, bool clearWatchdog) {
-    std::string label = "Pb@lab" + std::to_string(++c.counters.block);
-    c.emit(label + " R@B");
+void emitHaltLoop(Compilation& c, bool clearWatchdog) {
+    std::string label = newLabel(c, "Pb@lab", LabelCounter::Block);
+    emitLabel(c, label);
     if (clearWatchdog) c.emit("\tClrwdt");
-    c.emit("\tF@G " + label);
-    return label;
+    emitOp(c, Op1::FarGoto, label);
 }
 
 void compileEnd(Compilation& c) {
@@ -154,9 +154,9 @@ constexpr std::string_view kLaterKeywords[] = {
     "BRANCH", "BRANCHL", "CDATA", "CWRITE", "DATA", "EDATA", "EWRITE", "READ", "RESTORE", "CLS",
     "CURSOR", "PRINT", "CLEAR", "LOW", "HIGH", "SET", "INPUT", "OUTPUT", "TOGGLE", "PULSOUT", "PWM",
     "HPWM", "SERVO", "SOUND", "FREQOUT", "DTMFOUT", "CALL", "FOR", "GOTO", "GOSUB", "RETURN",
-    "WHILE", "REPEAT", "POKE", "IF", "DIM", "SYMBOL", "PAUSE", "DELAYMS", "PAUSEUS", "DELAYUS",
-    "SLEEP", "SNOOZE", "LET", "RSOUT", "RSIN", "SERIN", "SEROUT", "STR", "SWAP", "LCDWRITE",
-    "OREAD", "OWRITE", "PLOT", "UNPLOT", "#ENABLE", "#LOCAL",
+    "WHILE", "REPEAT", "POKE", "IF", "PAUSE", "DELAYMS", "PAUSEUS", "DELAYUS", "SLEEP", "SNOOZE",
+    "LET", "RSOUT", "RSIN", "SERIN", "SEROUT", "STR", "SWAP", "LCDWRITE", "OREAD", "OWRITE", "PLOT",
+    "UNPLOT", "#ENABLE", "#LOCAL",
     // Mnemonics and pseudo-instructions with BASIC operands.
     "ANDWF", "ANDLW", "ADDWF", "ADDLW", "BCF", "BSF", "BTFSC", "BTFSS", "CLRF", "CLRW", "CLRWDT",
     "COMF", "DECF", "DECFSZ", "INCF", "INCFSZ", "IORLW", "IORWF", "MOVLW", "MOVF", "MOVWF", "NOP",

@@ -74,13 +74,18 @@ DeviceFile parseDeviceFile(std::string_view text) {
         return file;
     }
     std::string name;
-    bool fuseSection = false, sawFuseMarker = false;
+    bool fuseSection = false, sawFuseMarker = false, nameSection = false;
     for (size_t i = 0; i < lines.size(); ++i) {
         std::string line = upperTrimmed(lines[i]);
         bool field = i < DeviceInfo::kFieldCount;
-        if (!field && !line.empty() && line[0] == ';' && line.find("FUSES") != std::string::npos)
-            fuseSection = sawFuseMarker = true;
+        bool comment = !field && !line.empty() && line[0] == ';';
+        if (comment && line.find("FUSES") != std::string::npos) fuseSection = sawFuseMarker = true;
+        if (comment && line.find("ASSEMBLER NAMES") != std::string::npos) nameSection = true;
         if (!field && (line.empty() || line[0] == ';')) continue;
+        if (nameSection) {
+            file.assemblerNames.insert(line.substr(0, line.find_first_of(" \t=")));
+            continue;
+        }
         int value = 0;
         if (!parseDefinitionLine(line, name, value)) {
             file.error = "line " + std::to_string(i + 1) + " is not NAME = number";
@@ -181,14 +186,9 @@ void allocateSaveBytes(Compilation& c) {
         declare(c, name, kKindByte, d.allocAddress++, -1);
         ++c.ctx.variablesUsed;
     }
-    static const struct {
-        const char* name;
-        int address;
-        int banks;
-    } extra[] = {{"WSAVE1", 160, 2}, {"WSAVE2", 288, 3}, {"WSAVE3", 416, 4}};
-    for (const auto& e : extra) {
-        if (d.info.ramBanks() < e.banks) continue;
-        declare(c, e.name, kKindByte, e.address, -1);
+    for (int bank = 1; bank < 4; ++bank) {
+        if (d.info.ramBanks() <= bank) continue;
+        declare(c, "WSAVE" + std::to_string(bank), kKindByte, bankSaveAddress(d.info, bank), -1);
         ++c.ctx.variablesUsed;
     }
 }
@@ -241,6 +241,7 @@ bool loadDevice(Compilation& c) {
     }
     d.info = file.info;
     d.fuses = file.fuses;
+    d.assemblerNames = file.assemblerNames;
     c.symbols.clear();
     for (const auto& [name, value] : file.names)
         declare(c, name, kKindByte, value, 0);
@@ -253,6 +254,10 @@ bool loadDevice(Compilation& c) {
     allocateSystemVariables(c);
     declarePortNames(c);
     return true;
+}
+
+int bankSaveAddress(const DeviceInfo& info, int bank) {
+    return info.bankStart(0) + 128 * bank;
 }
 
 bool checkPort(Compilation& c, std::string_view port) {

@@ -42,6 +42,7 @@ struct DeviceFile {
     DeviceInfo info;
     std::vector<std::pair<std::string, int>> names; // registers and fuses, in file order
     std::unordered_set<std::string> fuses;          // the configuration fuse names among them
+    std::unordered_set<std::string> assemblerNames; // further names the register file defines
     std::string error; // why the file could not be used; empty when it is good
     bool missing = false;
 };
@@ -49,7 +50,10 @@ struct DeviceFile {
 // Parses the text of a definition file. Malformed text sets `error`. The
 // fields come first, then "NAME = value" lines of registers; a comment line
 // that mentions FUSES starts the configuration fuse names. Without such a
-// line every name is accepted as a fuse.
+// line every name is accepted as a fuse. A comment line that mentions
+// ASSEMBLER NAMES starts the names (bit names and the like) that the register
+// include file defines besides registers and fuses; they are not symbols, but
+// a program may not declare them.
 DeviceFile parseDeviceFile(std::string_view text);
 
 // Definition files read once per Compilation, keyed by device name.
@@ -149,7 +153,8 @@ struct DeviceModel {
     bool interruptOn = false; // an ON_INTERRUPT handler exists (kept for the whole run)
     bool interruptUsed = false;
     std::string handlerLabel;
-    std::unordered_set<std::string> fuses; // names CONFIG accepts
+    std::unordered_set<std::string> fuses;          // names CONFIG accepts
+    std::unordered_set<std::string> assemblerNames; // bit names and others of the register file
     bool contextUsed = false;
     bool oscCalSmall = false; // SET_OSCCAL on a device of at most 1K words
     bool oscCalLarge = false; // SET_OSCCAL on a device of 2K words or more
@@ -159,6 +164,11 @@ struct DeviceModel {
     // Resets what every pass starts from.
     void resetForPass();
 };
+
+// Where an interrupt saves W when it interrupts code running in `bank` (1..3):
+// the save byte in bank 0 seen through that bank's bank bits. Nothing else may
+// live there while a handler exists.
+int bankSaveAddress(const DeviceInfo& info, int bank);
 
 // Reads the definition file of `device.name` and rebuilds the symbol table.
 // Returns false (with an alert) when the file is missing or malformed.

@@ -3,6 +3,7 @@
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
 #include "compiler/frontend/builtin_statements.h"
+#include "compiler/frontend/declarations.h"
 #include "compiler/frontend/device_statements.h"
 #include "compiler/frontend/keywords.h"
 #include "compiler/frontend/lexer.h"
@@ -87,8 +88,7 @@ void compileLabel(Compilation& c, const std::string& label) {
         c.stmt.keyword = "S_ASM";
         return;
     }
-    if (!readHeadWord(c, c.stmt.keyword) || c.stmt.keyword.empty())
-        c.stmt.nothingToDispatch = true;
+    if (!readHeadWord(c, c.stmt.keyword) || c.stmt.keyword.empty()) c.stmt.nothingToDispatch = true;
 }
 
 void compileMacroHead(Compilation& c, const std::string& name) {
@@ -202,6 +202,8 @@ StatementHandler findRoute(std::string_view keyword) {
         for (const Route& r : builtinRoutes())
             m.emplace(r.keyword, r.handler);
         for (const Route& r : deviceRoutes())
+            m.emplace(r.keyword, r.handler);
+        for (const Route& r : declarationRoutes())
             m.emplace(r.keyword, r.handler);
         for (const Route& r : laterRoutes())
             m.emplace(r.keyword, r.handler);

@@ -106,7 +106,54 @@ fi
 
 long="$(printf 'X%.0s' $(seq 1 300))"
 printf "%s\nEND\n" "' $long" > "$work/long.bas"
-expect long-comment "$work/long.bas" 0 ".asm"
+expect long-comment "$work/long.bas" 0 "ZORVEL COMPILED OK."
+
+# expect_with ARGS...: like expect, with extra command-line arguments.
+expect_with() {
+  local name="$1" file="$2" want="$3" pattern="$4"; shift 4
+  local out status
+  out="$(timeout 60 "$zorvel" build "$file" --home "$home" "$@" 2>&1)"
+  status=$?
+  if [ "$status" -ne "$want" ] || ! echo "$out" | grep -q -F -- "$pattern"; then
+    echo "FAIL $name: status $status, output:"; echo "$out" | head -n 20
+    failures=$((failures + 1)); return
+  fi
+  passed=$((passed + 1))
+}
+
+printf 'DEVICE 16F877\nEND\n' > "$work/noasm.bas"
+sum="$(sha256sum < "$work/noasm.bas")"
+expect_with missing-assembler "$work/noasm.bas" 1 "ASSEMBLER ERROR! HEX file NOT created" \
+  --assembler /nonexistent/gpasm
+expect_with missing-assembler-alert "$work/noasm.bas" 1 "Unable to Find /nonexistent/gpasm" \
+  --assembler /nonexistent/gpasm
+unchanged missing-assembler "$work/noasm.bas" "$sum"
+
+printf 'ASM\n  movlw UNDEFINED_THING\nENDASM\n' > "$work/asmerr.bas"
+sum="$(sha256sum < "$work/asmerr.bas")"
+expect asm-error-line "$work/asmerr.bas" 1 "Error[113]"
+expect asm-error-summary "$work/asmerr.bas" 1 "ASSEMBLER ERROR! HEX file NOT created"
+unchanged asm-error "$work/asmerr.bas" "$sum"
+
+# A device definition without its register include: the assembler says so.
+fakehome="$work/fakehome"
+mkdir -p "$fakehome/inc"
+cp "$home/inc/P16F84.inf" "$fakehome/inc/"
+printf 'END\n' > "$work/nozvi.bas"
+out="$("$zorvel" build "$work/nozvi.bas" --home "$fakehome" 2>&1)"; status=$?
+if [ "$status" -eq 1 ] && echo "$out" | grep -q 'P16F84.zvi' &&
+   echo "$out" | grep -q -F 'ASSEMBLER ERROR! HEX file NOT created'; then
+  passed=$((passed + 1))
+else
+  echo "FAIL missing-zvi: status $status"; echo "$out" | head; failures=$((failures + 1))
+fi
+
+# An output file that cannot be written (here a folder stands in its way).
+mkdir -p "$work/blocked" "$work/blocked/prog.asm"
+printf 'END\n' > "$work/blocked/prog.bas"
+sum="$(sha256sum < "$work/blocked/prog.bas")"
+expect blocked-output "$work/blocked/prog.bas" 1 "Unable to write"
+unchanged blocked-output "$work/blocked/prog.bas" "$sum"
 
 echo "robustness: $passed passed, $failures failed"
 [ "$failures" -eq 0 ]

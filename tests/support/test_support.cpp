@@ -49,9 +49,11 @@ std::string lines(std::initializer_list<std::string> items) {
     return out;
 }
 
-CompileResult compileFile(const fs::path& file, const fs::path& home) {
+CompileResult compileFile(const fs::path& file, const fs::path& home, bool assemble) {
     CompileResult r;
-    r.compilation = std::make_unique<Compilation>(CompileOptions{file, home});
+    CompileOptions options{file, home};
+    options.assemble = assemble;
+    r.compilation = std::make_unique<Compilation>(options);
     Compilation& c = *r.compilation;
     runCompile(c);
     r.messages = c.messages;

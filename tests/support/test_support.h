@@ -37,11 +37,13 @@ struct CompileResult {
     std::vector<std::string> alerts;
 };
 
-// Compiles `source` (lines joined with "\n") as prog.bas in a fresh folder.
+// Compiles `source` (lines joined with "\n") as prog.bas in a fresh folder,
+// to assembly only.
 CompileResult compileSource(const std::string& source, const std::string& fileName = "prog.bas");
 
-// Compiles an existing file with the given home folder.
-CompileResult compileFile(const std::filesystem::path& file, const std::filesystem::path& home);
+// Compiles an existing file with the given home folder; `assemble` runs gpasm.
+CompileResult compileFile(const std::filesystem::path& file, const std::filesystem::path& home,
+                          bool assemble = false);
 
 // Joins lines with "\n".
 std::string lines(std::initializer_list<std::string> items);

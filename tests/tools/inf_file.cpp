@@ -53,7 +53,15 @@ void readSymbol(InfFile& inf, const std::string& text, std::size_t number) {
         ++inf.fuseMarkers;
         return;
     }
+    if (text == assemblerNamesMarker) {
+        ++inf.nameMarkers;
+        return;
+    }
     if (text.starts_with(';')) return;
+    if (inf.nameMarkers > 0) {
+        inf.assemblerNames.push_back(text);
+        return;
+    }
     Line line;
     long value = 0;
     if (splitLine(text, line) && line.value.starts_with('$') && isUpperHex(line.value.substr(1)) &&

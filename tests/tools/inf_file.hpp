@@ -12,6 +12,9 @@ constexpr std::size_t infFieldCount = 46;
 // The comment line between the register lines and the configuration fuse lines.
 constexpr const char* fuseSectionMarker = "; Configuration fuses";
 
+// The comment line before the further names the register include defines.
+constexpr const char* assemblerNamesMarker = "; Assembler names";
+
 // Configuration options that some gputils headers (16F62x) spell without the
 // leading underscore; the register include needs no alias for them.
 bool isPlainOption(const std::string& name);
@@ -24,9 +27,11 @@ struct InfSymbol {
 struct InfFile {
     std::string device; // file name without "P" and ".inf", e.g. "16F877A"
     std::vector<long> fields;
-    std::vector<InfSymbol> registers; // symbol lines before the fuse section marker
-    std::vector<InfSymbol> fuses;     // symbol lines after it
-    std::size_t fuseMarkers = 0;      // how many marker lines the file has
+    std::vector<InfSymbol> registers;        // symbol lines before the fuse section marker
+    std::vector<InfSymbol> fuses;            // symbol lines after it
+    std::size_t fuseMarkers = 0;             // how many marker lines the file has
+    std::vector<std::string> assemblerNames; // names after the assembler-names marker
+    std::size_t nameMarkers = 0;
     std::vector<std::string> errors;
 
     long field(std::size_t index) const { return fields.at(index); }

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <set>
 
 namespace gendevices {
 
@@ -160,6 +161,21 @@ void addRegisterAliases(DeviceData& data, const HeaderInfo& header) {
         data.aliases.push_back(Alias{"EEDATA", "EEDAT"});
 }
 
+// Every further name the register include defines (bit names, the fuse names
+// with their underscore, aliases): a program may not declare them.
+void addAssemblerNames(DeviceData& data, const HeaderInfo& header) {
+    std::set<std::string> taken;
+    for (const Symbol& s : data.registers)
+        taken.insert(toUpper(s.name));
+    for (const Symbol& s : data.fuses)
+        taken.insert(toUpper(s.name));
+    std::set<std::string> names(header.definedNames.begin(), header.definedNames.end());
+    for (const Alias& a : data.aliases)
+        names.insert(toUpper(a.name));
+    for (const std::string& name : names)
+        if (!taken.count(name)) data.assemblerNames.push_back(name);
+}
+
 void addBankNotes(DeviceData& data) {
     std::vector<std::string_view> sources;
     for (const BankFact& fact : bankFacts()) {
@@ -209,6 +225,7 @@ std::variant<DeviceData, Rejection> buildDevice(const ChipProperties& chip,
     setFuseFields(data, header, word);
     addFuseAliases(data, header);
     addRegisterAliases(data, header);
+    addAssemblerNames(data, header);
     addBankNotes(data);
     return data;
 }

@@ -60,7 +60,8 @@ struct DeviceData {
     std::array<long, fieldCount> fields{};
     std::vector<Symbol> registers;
     std::vector<Symbol> fuses;
-    std::vector<Alias> aliases; // .zvi EQU lines, fuse aliases first
+    std::vector<Alias> aliases;              // .zvi EQU lines, fuse aliases first
+    std::vector<std::string> assemblerNames; // further names the .zvi defines, sorted
     std::vector<BankLayout> banks;
     std::vector<std::string> notes;  // remarks for the tool's report
     std::vector<std::string> errors; // inconsistent data; the device must not be written

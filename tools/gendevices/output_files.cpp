@@ -22,6 +22,9 @@ std::string infText(const DeviceData& device) {
     appendSymbols(text, device.registers, 2);
     text += std::string(fuseSectionComment) + "\n";
     appendSymbols(text, device.fuses, 4);
+    text += std::string(assemblerNamesComment) + "\n";
+    for (const std::string& name : device.assemblerNames)
+        text += name + "\n";
     return text;
 }
 

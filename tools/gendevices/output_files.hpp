@@ -12,6 +12,7 @@ namespace gendevices {
 // The comment line of the .inf file that separates the register lines from the
 // configuration fuse lines that follow it.
 constexpr std::string_view fuseSectionComment = "; Configuration fuses";
+constexpr std::string_view assemblerNamesComment = "; Assembler names";
 
 std::string infText(const DeviceData& device);
 std::string zviText(const DeviceData& device);

@@ -1,0 +1,25 @@
+// Variables, constants and aliases: the RAM allocator, DIM, SYMBOL and the
+// numbered temporaries the generators borrow.
+#pragma once
+
+#include "compiler/frontend/builtin_statements.h"
+
+#include <optional>
+#include <span>
+#include <string>
+
+namespace zorvel {
+
+class Compilation;
+
+std::span<const Route> declarationRoutes();
+
+// Places one RAM byte (after the bank gap skip); nullopt when RAM is full.
+std::optional<int> placeByte(Compilation& c);
+
+// A numbered temporary "N@VAR<n>" of the given kind (byte or word); hand it
+// back with releaseTemporary when done.
+std::string requestTemporary(Compilation& c, int kind);
+void releaseTemporary(Compilation& c);
+
+} // namespace zorvel
