@@ -95,13 +95,23 @@ sum="$(sha256sum < "$work/prog.asm")"
 expect asm-source "$work/prog.asm" 1 "would be overwritten"
 unchanged asm-source "$work/prog.asm" "$sum"
 
-# An output folder that cannot be written: message, status 1, source untouched.
+# A read-only output folder: message, status 1, source untouched. Root ignores
+# permissions, so as root the folder is made immutable where the file system allows it.
+mkdir "$work/ro"; printf 'END\n' > "$work/ro/prog.bas"
+sum="$(sha256sum < "$work/ro/prog.bas")"
+locked=no
 if [ "$(id -u)" -ne 0 ]; then
-  mkdir "$work/ro"; printf 'END\n' > "$work/ro/prog.bas"; chmod a-w "$work/ro"
-  sum="$(sha256sum < "$work/ro/prog.bas")"
+  chmod a-w "$work/ro" && locked=chmod
+elif command -v chattr >/dev/null && chattr +i "$work/ro" 2>/dev/null; then
+  locked=chattr
+fi
+if [ "$locked" != no ]; then
   expect read-only-folder "$work/ro/prog.bas" 1 "Unable to"
   unchanged read-only-folder "$work/ro/prog.bas" "$sum"
-  chmod u+w "$work/ro"
+  [ "$locked" = chattr ] && chattr -i "$work/ro"
+  [ "$locked" = chmod ] && chmod u+w "$work/ro"
+else
+  echo "note: read-only folder case not run (cannot lock a folder here)"
 fi
 
 long="$(printf 'X%.0s' $(seq 1 300))"
