@@ -81,6 +81,11 @@ void setLine(Compilation& c, const std::string& text, size_t pos) {
     c.line.pos = pos;
 }
 
+std::string frame(int line, const std::string& text, const std::string& what) {
+    return "Error at Line [" + std::to_string(line) + "]\tIn file [prog.bas]\t" + text + "\t*** " +
+           what + "! ***";
+}
+
 std::string errorFrame(const std::string& upperLine, const std::string& text) {
     return "Error at Line [1]\tIn file [x.bas]\t" + upperLine + "\t*** " + text + "! ***";
 }

@@ -65,6 +65,9 @@ struct PassTwo {
     }
 };
 
+// The standard error frame for line `line` of prog.bas.
+std::string frame(int line, const std::string& text, const std::string& what);
+
 // The standard error frame for line 1 of x.bas.
 std::string errorFrame(const std::string& upperLine, const std::string& text);
 

@@ -10,11 +10,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-std::string frame(int line, const std::string& text, const std::string& what) {
-    return "Error at Line [" + std::to_string(line) + "]\tIn file [prog.bas]\t" + text + "\t*** " +
-           what + "! ***";
-}
-
 struct DeclCase {
     const char* name;
     std::string source;

@@ -11,11 +11,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-std::string frame(int line, const std::string& text, const std::string& what) {
-    return "Error at Line [" + std::to_string(line) + "]\tIn file [prog.bas]\t" + text + "\t*** " +
-           what + "! ***";
-}
-
 int addressOf(const Compilation& c, const std::string& name) {
     const SymbolEntry* e = c.symbols.find(name);
     return e ? e->address : -999;

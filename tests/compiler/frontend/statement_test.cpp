@@ -129,11 +129,6 @@ TEST_P(StatementErrors, ReportsExactLine) {
     EXPECT_EQ(r.errors, 1);
 }
 
-std::string frame(int line, const std::string& text, const std::string& what) {
-    return "Error at Line [" + std::to_string(line) + "]\tIn file [prog.bas]\t" + text + "\t*** " +
-           what + "! ***";
-}
-
 INSTANTIATE_TEST_SUITE_P(
     Dispatcher, StatementErrors,
     ::testing::Values(
