@@ -1,5 +1,6 @@
 // The zorvel command line: one subcommand per job.
 #include "cli/build_command.h"
+#include "cli/sim_command.h"
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
@@ -10,6 +11,8 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     zorvel::cli::BuildOptions build;
     zorvel::cli::addBuildCommand(app, build);
+    zorvel::cli::SimOptions sim;
+    zorvel::cli::addSimCommand(app, sim);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
@@ -22,5 +25,6 @@ int main(int argc, char** argv) {
     std::filesystem::path exe = std::filesystem::read_symlink("/proc/self/exe", ec);
     if (ec) exe = argv[0];
     if (app.got_subcommand("build")) return zorvel::cli::runBuild(build, exe);
+    if (app.got_subcommand("sim")) return zorvel::cli::runSim(sim, exe);
     return 2;
 }

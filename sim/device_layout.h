@@ -18,8 +18,8 @@ struct DeviceLayout {
     int ramBanks = 0;
     int bankStart[4] = {};
     int bankEnd[4] = {};
-    int configAddress = 0x2007; // word address
-    int bankCount = 2;          // register banks selected by RP0/RP1 (2 or 4)
+    int configAddress = 0x2007;           // word address
+    int bankCount = 2;                    // register banks selected by RP0/RP1 (2 or 4)
     std::map<std::string, int> registers; // special-function registers by name
     std::map<std::string, int> fuses;     // configuration fuse values by name
     int fuseWdt = 4;                      // watchdog enable mask in the config word, -1 absent

@@ -18,7 +18,8 @@ public:
     void cancel(int id);
     // The earliest scheduled cycle, or UINT64_MAX when nothing is scheduled.
     uint64_t next() const { return next_; }
-    // Runs every callback due at or before `now`, in cycle order.
+    // Runs every callback due at or before `now`, in cycle order; each callback
+    // receives the cycle it was scheduled for.
     void runDue(uint64_t now);
     void clear();
 

@@ -1,0 +1,224 @@
+#include "cli/sim_command.h"
+
+#include "compiler/driver/home_folder.h"
+#include "sim/parts/hd44780.h"
+#include "sim/parts/uart_receiver.h"
+#include "sim/pic16.h"
+#include "sim/vcd.h"
+
+#include <cmath>
+#include <cstdio>
+#include <iostream>
+#include <map>
+#include <sstream>
+#include <stdexcept>
+
+namespace zorvel::cli {
+
+namespace {
+
+constexpr uint64_t defaultCycles = 1000000;
+
+struct UartRequest {
+    std::string pin;
+    int baud = 0;
+    bool inverted = false;
+};
+
+std::vector<std::string> split(const std::string& text, char separator) {
+    std::vector<std::string> parts;
+    std::stringstream in(text);
+    std::string item;
+    while (std::getline(in, item, separator))
+        parts.push_back(item);
+    if (!text.empty() && text.back() == separator) parts.emplace_back();
+    return parts;
+}
+
+std::optional<int> number(const std::string& text) {
+    if (text.empty() || text.size() > 9) return std::nullopt;
+    for (char c : text)
+        if (c < '0' || c > '9') return std::nullopt;
+    return std::stoi(text);
+}
+
+std::optional<UartRequest> parseUart(const std::string& text) {
+    std::vector<std::string> parts = split(text, ':');
+    if (parts.size() < 2 || parts.size() > 3 || parts[0].empty()) return std::nullopt;
+    std::optional<int> baud = number(parts[1]);
+    if (!baud || *baud < 1) return std::nullopt;
+    if (parts.size() == 3 && parts[2] != "inv") return std::nullopt;
+    return UartRequest{parts[0], *baud, parts.size() == 3};
+}
+
+std::optional<sim::Hd44780Pins> parseLcd(const std::string& text) {
+    std::vector<std::string> outer = split(text, ':');
+    if (outer.empty() || outer.size() > 2) return std::nullopt;
+    std::vector<std::string> names = split(outer[0], ',');
+    if (names.size() != 6) return std::nullopt;
+    for (const std::string& n : names)
+        if (n.empty()) return std::nullopt;
+    sim::Hd44780Pins pins{names[0], names[1], std::nullopt, {names.begin() + 2, names.end()},
+                          2,        16};
+    if (outer.size() == 2) {
+        std::optional<int> lines = number(outer[1]);
+        if (!lines || (*lines != 1 && *lines != 2 && *lines != 4)) return std::nullopt;
+        pins.lines = *lines;
+        if (*lines == 4) pins.columns = 20;
+    }
+    return pins;
+}
+
+// Everything the command line asked for, checked before anything runs.
+struct Plan {
+    std::vector<UartRequest> uarts;
+    std::optional<sim::Hd44780Pins> lcd;
+    uint64_t cycles = defaultCycles;
+};
+
+std::optional<Plan> makePlan(const SimOptions& o, std::string& error) {
+    Plan plan;
+    for (const std::string& u : o.uartRx) {
+        std::optional<UartRequest> r = parseUart(u);
+        if (!r) {
+            error = "--uart-rx wants PIN:BAUD or PIN:BAUD:inv, not '" + u + "'";
+            return std::nullopt;
+        }
+        plan.uarts.push_back(*r);
+    }
+    if (o.lcd) {
+        plan.lcd = parseLcd(*o.lcd);
+        if (!plan.lcd) {
+            error = "--lcd wants RS,E,D4,D5,D6,D7 or RS,E,D4,D5,D6,D7:LINES, not '" + *o.lcd + "'";
+            return std::nullopt;
+        }
+    }
+    if (o.dump && *o.dump != "regs" && *o.dump != "ram") {
+        error = "--dump wants regs or ram, not '" + *o.dump + "'";
+        return std::nullopt;
+    }
+    if (!(o.xtalMhz > 0.0 && o.xtalMhz <= 100.0)) {
+        error = "--xtal wants a crystal frequency in MHz above 0 and up to 100";
+        return std::nullopt;
+    }
+    if (o.cycles) plan.cycles = *o.cycles;
+    if (o.milliseconds) {
+        if (!(*o.milliseconds >= 0.0 && *o.milliseconds <= 1e7)) {
+            error = "--ms wants a number of milliseconds from 0 to 10000000";
+            return std::nullopt;
+        }
+        plan.cycles =
+            static_cast<uint64_t>(std::llround(*o.milliseconds * 1e-3 * o.xtalMhz * 1e6 / 4));
+    }
+    return plan;
+}
+
+std::string hex(unsigned value, int digits) {
+    char text[16];
+    std::snprintf(text, sizeof text, "%0*X", digits, value);
+    return text;
+}
+
+void printRegisters(const sim::Pic16& pic) {
+    std::multimap<int, std::string> byAddress;
+    for (const auto& [name, address] : pic.layout().registers)
+        byAddress.emplace(address, name);
+    for (const auto& [address, name] : byAddress)
+        std::cout << name << " (0x" << hex(static_cast<unsigned>(address), 3) << ") = 0x"
+                  << hex(pic.peek(address), 2) << "\n";
+}
+
+void printRam(const sim::Pic16& pic) {
+    int banks = pic.layout().bankCount > 0 ? pic.layout().bankCount : 2;
+    for (int row = 0; row < banks * 128; row += 16) {
+        std::cout << hex(static_cast<unsigned>(row), 3) << ":";
+        for (int i = 0; i < 16; ++i)
+            std::cout << ' ' << hex(pic.peek(row + i), 2);
+        std::cout << "\n";
+    }
+}
+
+void printResults(const sim::Pic16& pic, const std::vector<const sim::UartReceiver*>& uarts,
+                  const std::vector<UartRequest>& requests, const sim::Hd44780* lcd) {
+    for (size_t i = 0; i < uarts.size(); ++i) {
+        std::cout << "uart " << requests[i].pin << ": " << uarts[i]->text() << "\n";
+        if (uarts[i]->framingErrors() != 0)
+            std::cout << "uart " << requests[i].pin << ": " << uarts[i]->framingErrors()
+                      << " framing error(s)\n";
+    }
+    if (lcd) {
+        for (const std::string& line : lcd->lines())
+            std::cout << "lcd |" << line << "|\n";
+        if (lcd->busyViolations() != 0)
+            std::cout << "lcd: " << lcd->busyViolations() << " write(s) while busy\n";
+    }
+    std::cout << "PC=0x" << hex(pic.pc(), 4) << " W=0x" << hex(pic.w(), 2) << " STATUS=0x"
+              << hex(pic.status(), 2) << " cycles=" << pic.cycles() << "\n";
+}
+
+int fail(const std::string& message) {
+    std::cerr << "zorvel: " << message << "\n";
+    return 2;
+}
+
+} // namespace
+
+void addSimCommand(CLI::App& app, SimOptions& o) {
+    CLI::App* sim = app.add_subcommand("sim", "Run a HEX file on a simulated PIC16");
+    sim->add_option("FILE", o.hexFile, "The .hex file (INHX8M or INHX32)")->required();
+    sim->add_option("--device", o.device, "The device, e.g. 16F877")->required();
+    sim->add_option("--xtal", o.xtalMhz, "Crystal frequency in MHz (default 4)");
+    auto* cycles = sim->add_option("--cycles", o.cycles, "Instruction cycles to run");
+    auto* ms = sim->add_option("--ms", o.milliseconds, "Simulated milliseconds to run");
+    cycles->excludes(ms);
+    sim->add_option("--uart-rx", o.uartRx, "Decode serial output: PIN:BAUD[:inv]");
+    sim->add_option("--lcd", o.lcd, "HD44780 LCD in 4-bit mode: RS,E,D4,D5,D6,D7[:LINES]");
+    sim->add_option("--dump", o.dump, "Print the registers (regs) or the RAM (ram)");
+    sim->add_option("--vcd", o.vcd, "Write the pin levels to a VCD file");
+    sim->add_option("--home", o.home, "Folder whose inc/ holds the device files");
+}
+
+int runSim(const SimOptions& o, const std::filesystem::path& executable) {
+    std::string error;
+    std::optional<Plan> plan = makePlan(o, error);
+    if (!plan) return fail(error);
+    std::optional<std::filesystem::path> explicitHome;
+    if (o.home) explicitHome = *o.home;
+    HomeFolderResult home = findHomeFolder(explicitHome, executable);
+    if (!home.folder) return fail(home.error);
+    std::optional<sim::DeviceLayout> layout =
+        sim::loadDeviceLayout(*home.folder / "inc", o.device, error);
+    if (!layout) return fail(error);
+    std::optional<sim::HexData> hexData = sim::readHex(o.hexFile, error);
+    if (!hexData) return fail(error);
+
+    sim::Pic16 pic(*layout, o.xtalMhz);
+    pic.load(*hexData);
+    std::vector<const sim::UartReceiver*> uarts;
+    const sim::Hd44780* lcd = nullptr;
+    auto vcd = std::make_unique<sim::VcdWriter>();
+    sim::VcdWriter* vcdWriter = vcd.get();
+    try {
+        for (const UartRequest& r : plan->uarts) {
+            auto part = std::make_unique<sim::UartReceiver>(r.pin, r.baud, r.inverted);
+            uarts.push_back(part.get());
+            pic.attach(std::move(part));
+        }
+        if (plan->lcd) {
+            auto part = std::make_unique<sim::Hd44780>(*plan->lcd);
+            lcd = part.get();
+            pic.attach(std::move(part));
+        }
+    } catch (const std::invalid_argument& e) {
+        return fail(std::string(e.what()) + " on " + layout->name);
+    }
+    if (o.vcd) pic.attach(std::move(vcd));
+    pic.run(plan->cycles);
+    printResults(pic, uarts, plan->uarts, lcd);
+    if (o.dump && *o.dump == "regs") printRegisters(pic);
+    if (o.dump && *o.dump == "ram") printRam(pic);
+    if (o.vcd && !vcdWriter->save(*o.vcd, pic.cycles(), error)) return fail(error);
+    return 0;
+}
+
+} // namespace zorvel::cli

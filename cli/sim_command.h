@@ -1,0 +1,33 @@
+// `zorvel sim`: run a HEX file on the simulated device with parts attached
+// (serial receivers, a character LCD), then print what they saw and the
+// final state.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace zorvel::cli {
+
+struct SimOptions {
+    std::string hexFile;
+    std::string device;
+    double xtalMhz = 4.0;
+    std::optional<uint64_t> cycles;
+    std::optional<double> milliseconds;
+    std::vector<std::string> uartRx; // PIN:BAUD[:inv]
+    std::optional<std::string> lcd;  // RS,E,D4,D5,D6,D7[:LINES]
+    std::optional<std::string> dump; // regs | ram
+    std::optional<std::string> vcd;
+    std::optional<std::string> home;
+};
+
+void addSimCommand(CLI::App& app, SimOptions& options);
+
+// Returns the exit status: 0 after a run, 2 for bad arguments or files.
+int runSim(const SimOptions& options, const std::filesystem::path& executable);
+
+} // namespace zorvel::cli
