@@ -12,7 +12,9 @@ public:
     // Connects the part to its pins (by name, through pic.pin("PORTB.0")) and
     // to the scheduler. Called once, after the program is loaded.
     virtual void attach(Pic16& pic) = 0;
-    // Called on a device reset (power-on or MCLR); parts usually keep their state.
+    // Called on every device reset (power-on, MCLR, watchdog, and after a
+    // load), each of which clears the scheduler: parts keep their state and
+    // re-schedule what they had pending.
     virtual void reset() {}
 };
 

@@ -3,6 +3,7 @@
 #include "sim/pic16.h"
 
 #include "sim/core/core_impl.h"
+#include "sim/peripherals/eeprom.h"
 
 #include <cctype>
 
@@ -18,9 +19,6 @@ void Pic16::load(const HexData& hex) {
 }
 void Pic16::reset(ResetKind kind) {
     impl_->reset(kind);
-    if (kind == ResetKind::PowerOn || kind == ResetKind::Mclr)
-        for (auto& part : impl_->parts_)
-            part->reset();
 }
 int Pic16::step() {
     return impl_->step();
@@ -89,8 +87,8 @@ uint16_t Pic16::programWord(int address) const {
     return impl_->programWord(address);
 }
 uint8_t Pic16::eepromByte(int address) const {
-    if (address < 0 || address >= static_cast<int>(impl_->eeprom_.size())) return 0xFF;
-    return impl_->eeprom_[address];
+    const DataEeprom* eeprom = findDataEeprom(impl_->peripherals_);
+    return eeprom ? eeprom->byte(address) : 0xFF;
 }
 
 Pin* Pic16::pin(const std::string& name) {

@@ -18,17 +18,26 @@ void Pin::setPicOutput(std::optional<bool> level, uint64_t cycle) {
     update(cycle);
 }
 
+void Pin::setPeripheralOutput(std::optional<bool> level, uint64_t cycle, bool onlyAsOutput) {
+    peripheralOutput_ = level;
+    peripheralOnlyAsOutput_ = onlyAsOutput;
+    update(cycle);
+}
+
 void Pin::setPullUp(bool on, uint64_t cycle) {
     pullUp_ = on;
     update(cycle);
 }
 
 void Pin::update(uint64_t cycle) {
+    // A claiming peripheral replaces the port latch.
+    std::optional<bool> output = picOutput_;
+    if (peripheralOutput_ && (!peripheralOnlyAsOutput_ || picOutput_)) output = peripheralOutput_;
     // An open-drain output driving high leaves the pin floating.
-    picDrives_ = picOutput_.has_value() && !(openDrain_ && *picOutput_);
+    picDrives_ = output.has_value() && !(openDrain_ && *output);
     bool level = false;
     if (picDrives_)
-        level = *picOutput_;
+        level = *output;
     else if (external_)
         level = *external_;
     else

@@ -47,6 +47,13 @@ public:
     void setPicOutput(std::optional<bool> level, uint64_t cycle);
     void setPullUp(bool on, uint64_t cycle);
     void setOpenDrain(bool on) { openDrain_ = on; }
+    // Used by on-chip peripherals (CCP PWM, USART TX): while a level is
+    // claimed it replaces the port latch, so program writes to the port or its
+    // TRIS do not disturb it; nullopt releases the pin to the port. With
+    // `onlyAsOutput` the claimed level applies only while the port drives the
+    // pin as an output (TRIS bit 0), as for the CCP pin.
+    void setPeripheralOutput(std::optional<bool> level, uint64_t cycle, bool onlyAsOutput = false);
+    bool peripheralClaimed() const { return peripheralOutput_.has_value(); }
 
 private:
     void update(uint64_t cycle);
@@ -57,6 +64,8 @@ private:
     bool level_ = false;
     bool picDrives_ = false;
     std::optional<bool> picOutput_;
+    std::optional<bool> peripheralOutput_;
+    bool peripheralOnlyAsOutput_ = false;
     std::optional<bool> external_;
     bool pullUp_ = false;
     bool openDrain_ = false;

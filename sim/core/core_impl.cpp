@@ -4,6 +4,7 @@
 #include "sim/core/ports.h"
 #include "sim/core/timer0.h"
 #include "sim/core/watchdog.h"
+#include "sim/peripherals/eeprom.h"
 
 namespace zorvel::sim {
 
@@ -14,7 +15,6 @@ Pic16::Impl::Impl(DeviceLayout layout, double mhz)
     : layout_(std::move(layout)), crystalMhz(mhz), map_(core::buildMemoryMap(layout_)),
       readHooks_(512), writeHooks_(512),
       program_(static_cast<size_t>(std::max(layout_.codeWords, 1)), 0x3FFF), decoded_(8192),
-      eeprom_(static_cast<size_t>(std::max(layout_.eepromBytes, 0)), 0xFF),
       breakpoints_(8192, false) {
     for (int a = 0; a < 512; ++a) {
         int c = map_.canonical[a];
@@ -88,12 +88,8 @@ void Pic16::Impl::load(const HexData& hex) {
     for (int a = 0; a < 8192; ++a)
         decoded_[a] = core::decode(program_[a % program_.size()]);
     configWord_ = hex.configWord.value_or(0x3FFF);
-    std::fill(eeprom_.begin(), eeprom_.end(), 0xFF);
-    for (auto [address, value] : hex.eeprom)
-        if (address >= 0 && address < static_cast<int>(eeprom_.size())) eeprom_[address] = value;
+    if (DataEeprom* eeprom = findDataEeprom(peripherals_)) eeprom->load(hex.eeprom);
     reset(ResetKind::PowerOn);
-    for (auto& part : parts_)
-        part->reset();
 }
 
 void Pic16::Impl::resetRegisters(ResetKind kind) {
@@ -134,6 +130,9 @@ void Pic16::Impl::reset(ResetKind kind) {
     for (auto& p : peripherals_)
         p->reset(kind);
     irqPending_ = interrupts_->pending();
+    // The scheduler was cleared: parts re-arm what they had scheduled.
+    for (auto& part : parts_)
+        part->reset();
 }
 
 // ---- Sleep and the watchdog ----
@@ -162,8 +161,6 @@ void Pic16::Impl::watchdogTimeout() {
         return;
     }
     reset(ResetKind::Watchdog);
-    for (auto& part : parts_)
-        part->reset();
 }
 
 } // namespace zorvel::sim

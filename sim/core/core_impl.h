@@ -78,7 +78,6 @@ struct Pic16::Impl final : CoreAccess {
     std::vector<std::vector<std::function<void(uint8_t)>>> writeHooks_;
     std::vector<uint16_t> program_;
     std::vector<core::Decoded> decoded_; // 8192 entries, aliased over the program size
-    std::vector<uint8_t> eeprom_;
     uint16_t configWord_ = 0x3FFF;
 
     uint8_t w_ = 0;
@@ -108,6 +107,8 @@ private:
     uint8_t readSlow(int canon);
     void writeSlow(int canon, uint8_t value);
     void execute(const core::Decoded& d);
+    template <bool kChecks>
+    StopReason runLoop(uint64_t limit, bool stopOnSleep, const std::function<bool()>* condition);
     void push(uint16_t address);
     uint16_t pop();
     void setFlags(uint8_t mask, uint8_t flags) {

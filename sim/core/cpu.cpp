@@ -121,8 +121,8 @@ void Pic16::Impl::storeResult(const Decoded& d, uint8_t value) {
 }
 
 // Executes one instruction whose address was pc_ - 1; returns with cycles_
-// counting it.
-void Pic16::Impl::execute(const Decoded& d) {
+// counting it. Inlined into the run loop.
+[[gnu::always_inline]] inline void Pic16::Impl::execute(const Decoded& d) {
     int extra = 0;
     int f = bankBase_ | d.f;
     switch (d.op) {
@@ -326,12 +326,15 @@ int Pic16::Impl::step() {
     return static_cast<int>(cycles_ - start);
 }
 
-StopReason Pic16::Impl::run(uint64_t cycles, bool stopOnSleep,
-                            const std::function<bool()>* condition) {
-    const uint64_t limit = cycles_ + cycles;
+// The run loop, specialised on whether a condition or breakpoints are checked
+// after each instruction so that the common case tests neither.
+template <bool kChecks>
+StopReason Pic16::Impl::runLoop(uint64_t limit, bool stopOnSleep,
+                                const std::function<bool()>* condition) {
     while (cycles_ < limit) {
-        if (cycles_ >= scheduler_.next()) scheduler_.runDue(cycles_);
-        if (sleeping_) {
+        if (cycles_ >= scheduler_.next()) [[unlikely]]
+            scheduler_.runDue(cycles_);
+        if (sleeping_) [[unlikely]] {
             if (stopOnSleep && scheduler_.next() == UINT64_MAX) return StopReason::Sleep;
             sleepUntilEvent(limit);
             continue;
@@ -341,11 +344,21 @@ StopReason Pic16::Impl::run(uint64_t cycles, bool stopOnSleep,
         execute(d);
         // A wake-up from SLEEP happens before the instruction after SLEEP
         // runs, so that instruction comes before the vector.
-        if (irqPending_) serviceInterrupt();
-        if (condition && (*condition)()) return StopReason::Condition;
-        if (hasBreakpoints_ && breakpoints_[pc_]) return StopReason::Breakpoint;
+        if (irqPending_) [[unlikely]]
+            serviceInterrupt();
+        if constexpr (kChecks) {
+            if (condition && (*condition)()) return StopReason::Condition;
+            if (hasBreakpoints_ && breakpoints_[pc_]) return StopReason::Breakpoint;
+        }
     }
     return StopReason::CycleLimit;
+}
+
+StopReason Pic16::Impl::run(uint64_t cycles, bool stopOnSleep,
+                            const std::function<bool()>* condition) {
+    const uint64_t limit = cycles_ + cycles;
+    if (condition || hasBreakpoints_) return runLoop<true>(limit, stopOnSleep, condition);
+    return runLoop<false>(limit, stopOnSleep, condition);
 }
 
 } // namespace zorvel::sim

@@ -15,13 +15,36 @@ void PulseSource::connect(const Wiring& wiring) {
     pin_ = &wiring.require(pinName_);
     scheduler_ = wiring.scheduler;
     cycleSeconds_ = wiring.cycleSeconds;
+    now_ = wiring.now;
     pin_->setExternal(idle_, wiring.now ? wiring.now() : 0);
     for (auto [start, width] : waiting_)
         arm(start, width);
     waiting_.clear();
 }
 
+void PulseSource::reset() {
+    if (!scheduler_) return;
+    uint64_t now = now_ ? now_() : 0;
+    std::vector<std::pair<uint64_t, uint64_t>> pending;
+    for (auto [start, width] : armed_)
+        if (start + width > now) pending.emplace_back(start, width);
+    armed_.clear();
+    bool active = false;
+    for (auto [start, width] : pending) {
+        if (start <= now) {
+            active = true;
+            armed_.emplace_back(start, width);
+            scheduler_->schedule(start + width,
+                                 [this](uint64_t at) { pin_->setExternal(idle_, at); });
+        } else {
+            arm(start, width);
+        }
+    }
+    pin_->setExternal(active ? !idle_ : idle_, now);
+}
+
 void PulseSource::arm(uint64_t startCycle, uint64_t width) {
+    armed_.emplace_back(startCycle, width);
     scheduler_->schedule(startCycle, [this](uint64_t now) { pin_->setExternal(!idle_, now); });
     scheduler_->schedule(startCycle + width,
                          [this](uint64_t now) { pin_->setExternal(idle_, now); });

@@ -17,6 +17,9 @@ public:
 
     void attach(Pic16& pic) override;
     void connect(const Wiring& wiring);
+    // The device reset cleared the scheduler: pulses not yet over are
+    // scheduled again at their cycles (a pulse under way keeps its end).
+    void reset() override;
 
     // A pulse to the active (non-idle) level from `startCycle` for `width` cycles.
     void pulse(uint64_t startCycle, uint64_t width);
@@ -32,6 +35,8 @@ private:
     bool idle_;
     Pin* pin_ = nullptr;
     Scheduler* scheduler_ = nullptr;
+    std::function<uint64_t()> now_;
+    std::vector<std::pair<uint64_t, uint64_t>> armed_; // start, width
     double cycleSeconds_ = 1e-6;
     std::vector<std::pair<uint64_t, uint64_t>> waiting_; // requested before connect
 };

@@ -28,9 +28,11 @@ void UartTransmitter::reset() {
     if (sending_) queue_.push_front(current_);
     sending_ = false;
     uint64_t now = now_ ? now_() : 0;
-    notBefore_ = now;
+    // One bit time of idle line first, so that a receiver restarted by the
+    // same reset sees the start bit.
+    notBefore_ = now + static_cast<uint64_t>(std::llround(cyclesPerBit_));
     drive(true, now);
-    if (!queue_.empty()) scheduler_->schedule(now, [this](uint64_t t) { startNext(t); });
+    if (!queue_.empty()) scheduler_->schedule(notBefore_, [this](uint64_t t) { startNext(t); });
 }
 
 void UartTransmitter::drive(bool mark, uint64_t cycle) {

@@ -18,7 +18,8 @@ public:
 
     void attach(Pic16& pic) override;
     void connect(const Wiring& wiring);
-    // The device reset cleared the scheduler: the byte being sent starts again.
+    // The device reset cleared the scheduler: the byte being sent starts again
+    // after one bit time of idle line.
     void reset() override;
 
     // Queues bytes to be sent back to back, the first start bit not before

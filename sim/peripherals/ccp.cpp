@@ -3,8 +3,10 @@
 // CCPRxL:CCPxCON<5:4>, a count of Tosc * prescale; the pin falls that long
 // after the period start (rounded to the nearest instruction cycle) unless
 // the duty reaches the period. Entering PWM mode drives the pin low until the
-// first period. The pin is driven only while its TRIS bit is 0. Capture and
-// compare modes are not modelled.
+// first period. The module claims the pin while in PWM mode (program writes
+// to the port latch do not disturb it) and releases it to the port when it
+// leaves PWM mode; the pin is driven only while its TRIS bit is 0. Capture
+// and compare modes are not modelled.
 #include "sim/peripherals/peripherals.h"
 #include "sim/peripherals/support.h"
 #include "sim/peripherals/timer2.h"
@@ -32,6 +34,7 @@ public:
     void reset(ResetKind) override {
         cancelFall();
         core_.storage(con_) = 0;
+        if (pwm_) periph::driveIfOutput(pin_, std::nullopt, core_.cycles());
         pwm_ = false;
     }
 
@@ -49,8 +52,9 @@ private:
     void onConWrite(uint8_t v) {
         core_.storage(con_) = v & 0x3F;
         bool pwm = (v & 0x0C) == 0x0C;
-        if (pwm && !pwm_) periph::driveIfOutput(core_, pin_, false, core_.cycles());
+        if (pwm && !pwm_) periph::driveIfOutput(pin_, false, core_.cycles());
         if (!pwm) cancelFall();
+        if (!pwm && pwm_) periph::driveIfOutput(pin_, std::nullopt, core_.cycles());
         pwm_ = pwm;
     }
 
@@ -66,11 +70,11 @@ private:
         if (rh_ >= 0) core_.storage(rh_) = low;
         int duty = (low << 2) | ((core_.storage(con_) >> 4) & 3);
         uint64_t high = (uint64_t(duty) * uint64_t(timer2_.prescale()) + 2) / 4;
-        periph::driveIfOutput(core_, pin_, duty != 0, cycle);
+        periph::driveIfOutput(pin_, duty != 0, cycle);
         if (duty == 0 || high >= timer2_.periodCycles()) return;
         fall_ = core_.scheduler().schedule(cycle + high, [this, cycle, high](uint64_t) {
             fall_ = 0;
-            periph::driveIfOutput(core_, pin_, false, cycle + high);
+            periph::driveIfOutput(pin_, false, cycle + high);
         });
     }
 

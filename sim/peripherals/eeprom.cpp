@@ -15,6 +15,7 @@
 #include "sim/peripherals/support.h"
 #include "sim/pic16.h"
 
+#include <algorithm>
 #include <string>
 
 namespace zorvel::sim {
@@ -170,6 +171,7 @@ void DataEeprom::reset(ResetKind kind) {
 }
 
 void DataEeprom::load(const std::map<int, uint8_t>& image) {
+    std::fill(state_->bytes.begin(), state_->bytes.end(), uint8_t(0xFF));
     for (auto [address, value] : image)
         if (address >= 0 && address < size()) state_->bytes[size_t(address)] = value;
 }

@@ -18,7 +18,7 @@ public:
     void reset(ResetKind kind) override;
 
     // Initial contents (the HEX file's EEPROM records, address -> byte);
-    // bytes not given stay erased (0xFF).
+    // bytes not given are erased (0xFF). Pic16::load() calls it.
     void load(const std::map<int, uint8_t>& image);
     uint8_t byte(int address) const;
     int size() const;

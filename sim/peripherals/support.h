@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace zorvel::sim::periph {
@@ -46,13 +47,10 @@ inline Pin* portPin(CoreAccess& core, char port, int bit) {
     return core.pin(port - 'A', bit);
 }
 
-// Drives `pin` from a peripheral when the pin's TRIS bit is 0 (an output).
-inline void driveIfOutput(CoreAccess& core, Pin* pin, bool level, uint64_t cycle) {
-    if (!pin) return;
-    std::string tris = std::string("TRIS") + char('A' + pin->port());
-    int address = core.layout().address(tris);
-    if (address >= 0 && bitSet(core.storage(address), pin->bit())) return;
-    pin->setPicOutput(level, cycle);
+// A peripheral claims `pin` at `level` (nullopt releases it to the port);
+// the level shows only while the pin's TRIS bit is 0 (an output).
+inline void driveIfOutput(Pin* pin, std::optional<bool> level, uint64_t cycle) {
+    if (pin) pin->setPeripheralOutput(level, cycle, true);
 }
 
 } // namespace zorvel::sim::periph

@@ -116,7 +116,7 @@ private:
             stopTransmitter();
             return;
         }
-        if (!shifting_ && tx_) tx_->setPicOutput(true, core_.cycles());
+        if (!shifting_ && tx_) tx_->setPeripheralOutput(true, core_.cycles());
         if (!txFull_) periph::raiseFlag(core_, pir1_, TXIF);
         tryTransmit(core_.cycles());
     }
@@ -124,7 +124,7 @@ private:
     void stopTransmitter() {
         if (txEvent_ != 0) core_.scheduler().cancel(txEvent_);
         txEvent_ = 0;
-        if (shifting_ && tx_) tx_->setPicOutput(std::nullopt, core_.cycles());
+        if (tx_) tx_->setPeripheralOutput(std::nullopt, core_.cycles());
         shifting_ = false;
         periph::setBit(txsta(), TRMT, true);
     }
@@ -152,7 +152,7 @@ private:
             tryTransmit(cycle);
             return;
         }
-        if (tx_) tx_->setPicOutput(bool((frame_ >> index) & 1), cycle);
+        if (tx_) tx_->setPeripheralOutput(bool((frame_ >> index) & 1), cycle);
         uint64_t next = cycle + txBitCycles_;
         txEvent_ = core_.scheduler().schedule(
             next, [this, index, next](uint64_t) { sendBit(index + 1, next); });

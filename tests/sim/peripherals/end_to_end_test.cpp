@@ -257,5 +257,264 @@ done
     EXPECT_FALSE(pic->peek("PIR1") & 0x20);
 }
 
+// EEPROM data from the HEX file (DE at 0x2100) is what the program reads back.
+TEST(EndToEnd, HexEepromDataReadsBackOn16F84) {
+    auto pic = build("16F84", 4.0, R"(
+    bcf STATUS,RP0
+    movlw 1
+    movwf EEADR
+    bsf STATUS,RP0
+    bsf EECON1,RD
+    bcf STATUS,RP0
+    movf EEDATA,W
+    movwf 0x20
+done
+    goto done
+    org 0x2100
+    de 0x12, 0x34, 0x56
+)");
+    ASSERT_TRUE(pic);
+    pic->run(100);
+    EXPECT_EQ(pic->peek(0x20), 0x34);
+    EXPECT_EQ(pic->eepromByte(0), 0x12);
+    EXPECT_EQ(pic->eepromByte(2), 0x56);
+    EXPECT_EQ(pic->eepromByte(3), 0xFF);
+}
+
+TEST(EndToEnd, HexEepromDataReadsBackOn16F877) {
+    auto pic = build("16F877", 4.0, R"(
+    banksel EEADR
+    movlw 2
+    movwf EEADR
+    banksel EECON1
+    bcf EECON1,EEPGD
+    bsf EECON1,RD
+    banksel EEDATA
+    movf EEDATA,W
+    banksel 0x20
+    movwf 0x20
+done
+    goto done
+    org 0x2100
+    de 0xA1, 0xB2, 0xC3
+)");
+    ASSERT_TRUE(pic);
+    pic->run(100);
+    EXPECT_EQ(pic->peek(0x20), 0xC3);
+    EXPECT_EQ(pic->eepromByte(1), 0xB2);
+}
+
+// An EEPROM write with EEIE (INTCON<6> on the 16F84A) and GIE set vectors to
+// 4 once EEIF (EECON1<4>) is set at the end of the write.
+const char* eepromWriteInterrupt84A = R"(
+    goto main
+    org 4
+    movlw 0xAA
+    movwf 0x20
+    bsf STATUS,RP0
+    bcf EECON1,EEIF
+    bcf STATUS,RP0
+    retfie
+main
+    clrf 0x20
+    movlw 0xC0
+    movwf INTCON
+    movlw 5
+    movwf EEADR
+    movlw 0x3C
+    movwf EEDATA
+    bsf STATUS,RP0
+    bsf EECON1,WREN
+    movlw 0x55
+    movwf EECON2
+    movlw 0xAA
+    movwf EECON2
+    bsf EECON1,WR
+    bcf STATUS,RP0
+done
+    goto done
+)";
+
+TEST(EndToEnd, EepromWriteInterruptOn16F84A) {
+    auto pic = build("16F84A", 4.0, eepromWriteInterrupt84A);
+    ASSERT_TRUE(pic);
+    pic->run(3900); // the write takes 4 ms = 4000 cycles
+    EXPECT_EQ(pic->peek(0x20), 0x00);
+    EXPECT_EQ(pic->eepromByte(5), 0xFF);
+    pic->run(200);
+    EXPECT_EQ(pic->eepromByte(5), 0x3C);
+    EXPECT_EQ(pic->peek(0x20), 0xAA);
+    EXPECT_EQ(pic->peek("INTCON") & 0x80, 0x80); // RETFIE set GIE again
+}
+
+TEST(EndToEnd, EepromWriteWakesA16F84AFromSleep) {
+    auto pic = build("16F84A", 4.0, R"(
+    clrf 0x20
+    movlw 0x40
+    movwf INTCON
+    movlw 5
+    movwf EEADR
+    movlw 0x3C
+    movwf EEDATA
+    bsf STATUS,RP0
+    bsf EECON1,WREN
+    movlw 0x55
+    movwf EECON2
+    movlw 0xAA
+    movwf EECON2
+    bsf EECON1,WR
+    bcf STATUS,RP0
+    sleep
+    incf 0x20,F
+done
+    goto done
+)");
+    ASSERT_TRUE(pic);
+    pic->run(3900);
+    EXPECT_TRUE(pic->sleeping());
+    pic->run(200);
+    EXPECT_FALSE(pic->sleeping());
+    EXPECT_EQ(pic->peek(0x20), 1);
+}
+
+// PWM on RC2 while the program keeps writing the whole of PORTC.
+TEST(EndToEnd, PwmKeepsRunningWhileTheProgramWritesPortc) {
+    auto pic = build("16F877", 4.0, R"(
+    banksel TRISC
+    movlw 0xF0
+    movwf TRISC
+    movlw D'99'
+    movwf PR2
+    banksel CCPR1L
+    movlw D'25'
+    movwf CCPR1L
+    movlw 0x2C
+    movwf CCP1CON
+    movlw 0x04
+    movwf T2CON
+loop
+    movlw 0x0F
+    movwf PORTC
+    clrf PORTC
+    bsf PORTC,2
+    goto loop
+)");
+    ASSERT_TRUE(pic);
+    EdgeRecorder edges;
+    pic->pin("RC2")->addListener(&edges);
+    pic->run(1000);
+    pic->pin("RC2")->removeListener(&edges);
+    std::vector<uint64_t> rises, falls;
+    for (auto [at, level] : edges.edges)
+        (level ? rises : falls).push_back(at);
+    ASSERT_GE(rises.size(), 5u);
+    EXPECT_LE(rises.size(), 11u);
+    for (size_t i = 1; i < rises.size(); ++i)
+        EXPECT_EQ(rises[i] - rises[i - 1], 100u);
+    for (uint64_t rise : rises) {
+        auto fall = std::lower_bound(falls.begin(), falls.end(), rise);
+        if (fall == falls.end()) continue;
+        EXPECT_EQ(*fall - rise, 26u);
+    }
+}
+
+// The USART TX pin keeps its frames while the program toggles RC0.
+TEST(EndToEnd, UsartFramesSurviveWritesToOtherPortcBits) {
+    auto pic = build("16F877", 4.0, R"(
+    banksel SPBRG
+    movlw 0xC0
+    movwf TRISC
+    movlw D'25'
+    movwf SPBRG
+    movlw 0x24
+    movwf TXSTA
+    banksel RCSTA
+    movlw 0x80
+    movwf RCSTA
+    movlw 'H'
+    call send
+    movlw 'i'
+    call send
+done
+    movlw 1
+    movwf PORTC
+    clrf PORTC
+    goto done
+send
+    movwf 0x20
+wait
+    movlw 1
+    movwf PORTC
+    clrf PORTC
+    btfss PIR1,TXIF
+    goto wait
+    movf 0x20,W
+    movwf TXREG
+    return
+)");
+    ASSERT_TRUE(pic);
+    EdgeRecorder edges;
+    pic->pin("RC6")->addListener(&edges);
+    pic->run(104 * 25);
+    pic->pin("RC6")->removeListener(&edges);
+    EXPECT_EQ(decode(edges.edges, 104), "Hi");
+}
+
+// Turning the transmitter off gives TX back to the port.
+TEST(EndToEnd, UsartReleasesTxWhenTurnedOff) {
+    auto pic = build("16F877", 4.0, R"(
+    banksel TRISC
+    movlw 0x80
+    movwf TRISC
+    movlw 0x24
+    movwf TXSTA
+    banksel RCSTA
+    movlw 0x80
+    movwf RCSTA
+    clrf PORTC
+    nop
+    clrf RCSTA
+done
+    goto done
+)");
+    ASSERT_TRUE(pic);
+    pic->run(12);
+    EXPECT_TRUE(pic->pin("RC6")->level()); // the idle line, whatever the latch
+    pic->run(20);
+    EXPECT_FALSE(pic->pin("RC6")->level()); // the latch (0) again
+    EXPECT_TRUE(pic->pin("RC6")->picDrives());
+}
+
+// peek("TMR2") shows the value a program read at the same cycle gives.
+TEST(EndToEnd, PeekTmr2MatchesAProgramRead) {
+    auto pic = build("16F877", 4.0, R"(
+    banksel PR2
+    movlw 0xC8
+    movwf PR2
+    banksel T2CON
+    movlw 0x05
+    movwf T2CON
+loop
+    nop
+    nop
+    movf TMR2,W
+    goto loop
+)");
+    ASSERT_TRUE(pic);
+    int readAt = -1;
+    for (int a = 0; a < 20; ++a)
+        if ((pic->programWord(a) & 0x3F00) == 0x0800 && (pic->programWord(a) & 0x7F) == 0x11)
+            readAt = a;
+    ASSERT_GE(readAt, 0);
+    for (uint64_t n : {37u, 1000u, 4321u}) {
+        pic->run(n);
+        while (pic->pc() != readAt)
+            pic->step();
+        uint8_t peeked = pic->peek("TMR2");
+        pic->step();
+        EXPECT_EQ(peeked, pic->w()) << n;
+    }
+}
+
 } // namespace
 } // namespace zorvel::sim::test

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -73,6 +74,19 @@ public:
         int a = address(reg);
         regs_[size_t(a)] = value;
         if (auto it = writes_.find(a); it != writes_.end()) it->second(value);
+        if (reg.size() == 5 && reg.rfind("TRIS", 0) == 0) drivePort(reg[4] - 'A');
+    }
+    // The port model's part peripherals rely on: a TRIS bit of 0 makes the
+    // pin an output driving its latch (PORTx), else an input.
+    void drivePort(int port) {
+        int tris = layout_.address(std::string("TRIS") + char('A' + port));
+        int data = layout_.address(std::string("PORT") + char('A' + port));
+        if (tris < 0 || data < 0) return;
+        for (int b = 0; b < 8; ++b) {
+            bool output = !((regs_[size_t(tris)] >> b) & 1);
+            pin(port, b)->setPicOutput(
+                output ? std::optional<bool>((regs_[size_t(data)] >> b) & 1) : std::nullopt, now_);
+        }
     }
     uint8_t read(const std::string& reg) {
         int a = address(reg);
