@@ -2,6 +2,7 @@
 // parts attached, and the same HEX run in gpsim for a fixed number of
 // cycles (timed from its start with `break c` minus the time of a run that
 // only loads and quits).
+#include "gpsim_timing.h"
 #include "sim/pic16.h"
 
 #include <chrono>
@@ -33,21 +34,6 @@ loop incf 0x20,f
     end
 )";
 
-double seconds(std::chrono::steady_clock::time_point start) {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-double gpsimSeconds(const fs::path& folder, uint64_t cycles) {
-    std::ofstream(folder / "cmd.txt")
-        << (cycles ? "break c " + std::to_string(cycles) + "\nrun\n" : "") << "quit\n";
-    std::string command = "cd '" + folder.string() +
-                          "' && gpsim -i -S disable -s loop.cod < cmd.txt > gpsim.txt 2>&1";
-    auto start = std::chrono::steady_clock::now();
-    int rc = std::system(command.c_str());
-    double s = seconds(start);
-    return rc == 0 ? s : -1.0;
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
@@ -55,10 +41,7 @@ int main(int argc, char** argv) {
     fs::path folder =
         fs::temp_directory_path() / ("zorvel_sim_bench_" + std::to_string(::getpid()));
     fs::create_directories(folder);
-    std::ofstream(folder / "loop.asm") << kLoop;
-    std::string assemble = "cd '" + folder.string() +
-                           "' && gpasm -a inhx8m -i -w 2 -p p16f877 loop.asm > gpasm.txt 2>&1";
-    if (std::system(assemble.c_str()) != 0) {
+    if (!zorvel::bench::assemble(folder, "loop", kLoop)) {
         std::cerr << "gpasm failed (see " << folder << ")\n";
         return 1;
     }
@@ -74,7 +57,7 @@ int main(int argc, char** argv) {
     // Instructions per cycle of this loop: 5 instructions in 6 cycles.
     auto start = std::chrono::steady_clock::now();
     pic.run(cycles);
-    double ours = seconds(start);
+    double ours = zorvel::bench::secondsSince(start);
     double instructions = static_cast<double>(pic.cycles()) * 5.0 / 6.0;
     double ourRate = instructions / ours;
     std::printf("zorvel: %llu cycles in %.3f s: %.1f M instructions/s (%.1f M cycles/s)\n",
@@ -82,12 +65,11 @@ int main(int argc, char** argv) {
                 static_cast<double>(pic.cycles()) / ours / 1e6);
 
     uint64_t gpsimCycles = cycles / 4;
-    double startup = gpsimSeconds(folder, 0);
-    double total = gpsimSeconds(folder, gpsimCycles);
-    if (startup < 0 || total < 0) {
+    double startup = 0;
+    double run = zorvel::bench::gpsimRunSeconds(folder, "loop", gpsimCycles, startup);
+    if (run < 0) {
         std::printf("gpsim: not available\n");
     } else {
-        double run = total - startup;
         double gpsimRate = static_cast<double>(gpsimCycles) * 5.0 / 6.0 / run;
         std::printf("gpsim:  %llu cycles in %.3f s (start-up %.3f s excluded): %.1f M "
                     "instructions/s\n",

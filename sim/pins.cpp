@@ -5,6 +5,13 @@
 namespace zorvel::sim {
 
 void Pin::removeListener(PinListener* listener) {
+    if (notifying_ > 0) {
+        // Keep the indices of the running notification loop valid.
+        std::replace(listeners_.begin(), listeners_.end(), listener,
+                     static_cast<PinListener*>(nullptr));
+        removedWhileNotifying_ = true;
+        return;
+    }
     listeners_.erase(std::remove(listeners_.begin(), listeners_.end(), listener), listeners_.end());
 }
 
@@ -44,10 +51,17 @@ void Pin::update(uint64_t cycle) {
         level = pullUp_;
     if (level == level_) return;
     level_ = level;
-    // Listeners may remove themselves while being told.
-    std::vector<PinListener*> copy = listeners_;
-    for (PinListener* l : copy)
-        l->pinChanged(*this, level, cycle);
+    // Listeners may add or remove listeners while being told: those added are
+    // told from the next change on, those removed are not told any more.
+    ++notifying_;
+    size_t count = listeners_.size();
+    for (size_t i = 0; i < count; ++i)
+        if (PinListener* l = listeners_[i]) l->pinChanged(*this, level, cycle);
+    if (--notifying_ == 0 && removedWhileNotifying_) {
+        removedWhileNotifying_ = false;
+        listeners_.erase(std::remove(listeners_.begin(), listeners_.end(), nullptr),
+                         listeners_.end());
+    }
 }
 
 } // namespace zorvel::sim

@@ -40,6 +40,8 @@ public:
     double voltage() const { return volts_; }
 
     void addListener(PinListener* listener) { listeners_.push_back(listener); }
+    // Safe from inside pinChanged(): a listener removed while the pin is
+    // telling its listeners is not told again.
     void removeListener(PinListener* listener);
 
     // Used by the port model: what the PIC drives (nullopt = input), pull-up,
@@ -70,7 +72,9 @@ private:
     bool pullUp_ = false;
     bool openDrain_ = false;
     double volts_ = 0.0;
-    std::vector<PinListener*> listeners_;
+    std::vector<PinListener*> listeners_; // removed while notifying: nullptr
+    int notifying_ = 0;                   // depth of nested notifications
+    bool removedWhileNotifying_ = false;
 };
 
 } // namespace zorvel::sim

@@ -16,6 +16,8 @@ Pic16::Impl::Impl(DeviceLayout layout, double mhz)
       readHooks_(512), writeHooks_(512),
       program_(static_cast<size_t>(std::max(layout_.codeWords, 1)), 0x3FFF), decoded_(8192),
       breakpoints_(8192, false) {
+    portRead_.fill(-1);
+    portWrite_.fill(-1);
     for (int a = 0; a < 512; ++a) {
         int c = map_.canonical[a];
         fast_[a] = static_cast<int16_t>(c >= 0 && map_.ram[c] ? c : -1);
@@ -44,6 +46,7 @@ void Pic16::Impl::hookRead(int address, std::function<uint8_t(uint8_t)> read) {
     int c = canonical(address);
     if (c < 0) return;
     readHooks_[c] = std::move(read);
+    portRead_[c] = -1; // the last hook of a read wins
     for (int a = 0; a < 512; ++a)
         if (map_.canonical[a] == c) fast_[a] = -1;
 }
@@ -52,6 +55,15 @@ void Pic16::Impl::hookWrite(int address, std::function<void(uint8_t)> write) {
     int c = canonical(address);
     if (c < 0) return;
     writeHooks_[c].push_back(std::move(write));
+    for (int a = 0; a < 512; ++a)
+        if (map_.canonical[a] == c) fast_[a] = -1;
+}
+
+void Pic16::Impl::hookPort(int address, int index, bool data) {
+    int c = canonical(address);
+    if (c < 0) return;
+    if (data) portRead_[c] = static_cast<int8_t>(index);
+    portWrite_[c] = static_cast<int8_t>(index);
     for (int a = 0; a < 512; ++a)
         if (map_.canonical[a] == c) fast_[a] = -1;
 }

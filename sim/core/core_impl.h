@@ -37,6 +37,9 @@ struct Pic16::Impl final : CoreAccess {
     uint8_t& storage(int address) override;
     void hookRead(int address, std::function<uint8_t(uint8_t)> read) override;
     void hookWrite(int address, std::function<void(uint8_t)> write) override;
+    // PORTx (`data`: reads too) or TRISx of port `index`: program accesses go
+    // straight to the port model.
+    void hookPort(int address, int index, bool data);
     uint64_t cycles() const override { return cycles_; }
     double cycleSeconds() const override { return 4.0 / (crystalMhz * 1e6); }
     Scheduler& scheduler() override { return scheduler_; }
@@ -76,6 +79,8 @@ struct Pic16::Impl final : CoreAccess {
     uint8_t unimplemented_ = 0; // storage() of an unimplemented address
     std::vector<std::function<uint8_t(uint8_t)>> readHooks_;
     std::vector<std::vector<std::function<void(uint8_t)>>> writeHooks_;
+    std::array<int8_t, 512> portRead_;  // by canonical address: port index, else -1
+    std::array<int8_t, 512> portWrite_; // by canonical address: port index, else -1
     std::vector<uint16_t> program_;
     std::vector<core::Decoded> decoded_; // 8192 entries, aliased over the program size
     uint16_t configWord_ = 0x3FFF;

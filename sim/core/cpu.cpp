@@ -1,6 +1,7 @@
 // Instruction execution, register-file access and the run loop.
 #include "sim/core/core_impl.h"
 #include "sim/core/interrupts.h"
+#include "sim/core/ports.h"
 #include "sim/core/timer0.h"
 #include "sim/core/watchdog.h"
 
@@ -47,6 +48,7 @@ uint8_t Pic16::Impl::readSlow(int canon) {
     }
     case reg::PCL: return static_cast<uint8_t>(pc_);
     default:
+        if (portRead_[canon] >= 0) return ports_->readPort(portRead_[canon]);
         if (readHooks_[canon]) return readHooks_[canon](ram_[canon]);
         return ram_[canon];
     }
@@ -74,6 +76,7 @@ void Pic16::Impl::writeSlow(int canon, uint8_t value) {
     case reg::PCLATH: ram_[reg::PCLATH] = value & 0x1F; return;
     default:
         ram_[canon] = value;
+        if (portWrite_[canon] >= 0) ports_->drive(portWrite_[canon]);
         for (auto& hook : writeHooks_[canon])
             hook(value);
         return;

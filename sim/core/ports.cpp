@@ -41,10 +41,17 @@ Ports::Ports(Pic16::Impl& core) : core_(core) {
             p.pins[b] = core.pins_.back().get();
             p.mask |= static_cast<uint8_t>(1 << b);
         }
-        core.hookRead(p.data, [this, i](uint8_t) { return readPort(i); });
-        core.hookWrite(p.data, [this, i](uint8_t) { drive(i); });
-        if (p.tris >= 0) core.hookWrite(p.tris, [this, i](uint8_t) { drive(i); });
+        core.hookPort(p.data, i, true);
+        if (p.tris >= 0) core.hookPort(p.tris, i, false);
     }
+    if (startsWith(l.name, "16F87") && l.has("ADCON1") && !l.has("ANSEL")) {
+        analog_ = Analog::Adcon1;
+        analogRegister_ = core.canonical(l.address("ADCON1"));
+    } else if ((startsWith(l.name, "16F62") || startsWith(l.name, "16F648")) && l.has("CMCON")) {
+        analog_ = Analog::Cmcon;
+        analogRegister_ = core.canonical(l.address("CMCON"));
+    }
+    if (analogRegister_ < 0) analog_ = Analog::None;
     if (Pin* ra4 = pin(0, 4); ra4 && !gpio) ra4->setOpenDrain(true);
     if (!gpio && ports_[1].data >= 0) portB_ = 1;
     // INT is RB0, or GP2/RA2 on parts without RB0 (12F6xx, 16F684, 16F690 ...).
@@ -62,23 +69,23 @@ Pin* Ports::pin(int port, int bit) const {
 }
 
 void Ports::reset() {
+    for (Port& p : ports_)
+        p.known = p.pullUpsKnown = false;
     for (int i = 0; i < 5; ++i)
         if (ports_[i].data >= 0) drive(i);
     lastRead_ = 0;
 }
 
 uint8_t Ports::analogMask(int index) const {
-    const DeviceLayout& l = core_.layout_;
     const auto& ram = core_.ram_;
-    if (startsWith(l.name, "16F87") && l.has("ADCON1") && !l.has("ANSEL")) {
-        uint8_t an = kPcfgAnalog[ram[l.address("ADCON1")] & 0x0F];
+    if (analog_ == Analog::Adcon1) {
+        if (index != 0 && index != 4) return 0;
+        uint8_t an = kPcfgAnalog[ram[analogRegister_] & 0x0F];
         if (index == 0) return static_cast<uint8_t>((an & 0x0F) | ((an & 0x10) << 1));
-        if (index == 4) return static_cast<uint8_t>(an >> 5);
-        return 0;
+        return static_cast<uint8_t>(an >> 5);
     }
-    if ((startsWith(l.name, "16F62") || startsWith(l.name, "16F648")) && l.has("CMCON") &&
-        index == 0) {
-        switch (ram[l.address("CMCON")] & 0x07) {
+    if (analog_ == Analog::Cmcon && index == 0) {
+        switch (ram[analogRegister_] & 0x07) {
         case 7: return 0x00;
         case 5: return 0x06;
         case 3:
@@ -100,14 +107,21 @@ uint8_t Ports::readPort(int index) {
 }
 
 void Ports::drive(int index) {
-    const Port& p = ports_[index];
+    Port& p = ports_[index];
     uint8_t latch = core_.ram_[p.data];
     // TRIS bits of pins the port does not have read 0 (TRISE keeps its PSP bits).
     if (p.tris >= 0 && index != 4) core_.ram_[p.tris] &= p.mask;
     uint8_t tris = p.tris >= 0 ? core_.ram_[p.tris] : 0xFF;
-    for (int b = 0; b < 8; ++b) {
-        if (!p.pins[b]) continue;
-        bool output = !((tris >> b) & 1);
+    auto outputs = static_cast<uint8_t>(~tris & p.mask);
+    // Only pins whose direction or driven level changes are told.
+    auto changed = static_cast<uint8_t>(
+        p.known ? ((outputs ^ p.outputs) | ((latch ^ p.latch) & outputs)) & p.mask : p.mask);
+    p.known = true;
+    p.outputs = outputs;
+    p.latch = latch;
+    for (int b = 0; changed; ++b, changed >>= 1) {
+        if (!(changed & 1)) continue;
+        bool output = (outputs >> b) & 1;
         p.pins[b]->setPicOutput(output ? std::optional<bool>((latch >> b) & 1) : std::nullopt,
                                 core_.cycles_);
     }
@@ -116,11 +130,15 @@ void Ports::drive(int index) {
 
 void Ports::updatePullUps() {
     if (portB_ < 0) return;
-    const Port& p = ports_[portB_];
+    Port& p = ports_[portB_];
     bool enabled = !(core_.ram_[reg::OPTION] & RBPU);
     uint8_t tris = p.tris >= 0 ? core_.ram_[p.tris] : 0xFF;
-    for (int b = 0; b < 8; ++b)
-        if (p.pins[b]) p.pins[b]->setPullUp(enabled && ((tris >> b) & 1), core_.cycles_);
+    auto pullUps = static_cast<uint8_t>(enabled ? tris & p.mask : 0);
+    auto changed = static_cast<uint8_t>(p.pullUpsKnown ? pullUps ^ p.pullUps : p.mask);
+    p.pullUpsKnown = true;
+    p.pullUps = pullUps;
+    for (int b = 0; changed; ++b, changed >>= 1)
+        if (changed & 1) p.pins[b]->setPullUp((pullUps >> b) & 1, core_.cycles_);
 }
 
 void Ports::pinChanged(Pin& pin, bool level, uint64_t) {

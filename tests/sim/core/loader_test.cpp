@@ -146,6 +146,66 @@ TEST(Pins, DrivePriorityPullUpAndOpenDrain) {
     EXPECT_EQ(r.changes[0], std::make_pair(true, uint64_t{1}));
 }
 
+// Removes `others` and itself from the pin when first told.
+struct Remover : sim::PinListener {
+    std::vector<sim::PinListener*> others;
+    int told = 0;
+    void pinChanged(sim::Pin& pin, bool, uint64_t) override {
+        ++told;
+        for (sim::PinListener* l : others)
+            pin.removeListener(l);
+        pin.removeListener(this);
+    }
+};
+
+TEST(Pins, ListenersRemovedWhileToldAreNotToldAgain) {
+    sim::Pin pin("PORTB.0", 1, 0);
+    Remover remover;
+    Recorder later;
+    Recorder kept;
+    remover.others = {&later};
+    pin.addListener(&remover);
+    pin.addListener(&later);
+    pin.addListener(&kept);
+    pin.setExternal(true, 1);
+    EXPECT_EQ(remover.told, 1);
+    EXPECT_TRUE(later.changes.empty());
+    EXPECT_EQ(kept.changes.size(), 1u);
+    pin.setExternal(false, 2);
+    EXPECT_EQ(remover.told, 1);
+    EXPECT_TRUE(later.changes.empty());
+    EXPECT_EQ(kept.changes.size(), 2u);
+}
+
+// A write of PORTB that changes RB0 tells only RB0's listeners, once per
+// change; re-writing TRISB with the same value tells nobody; pull-ups follow
+// RBPU on input pins only.
+TEST(Pins, PortWriteTellsOnlyPinsThatChange) {
+    // bsf STATUS,RP0; movlw 0xF0; movwf TRISB; bcf STATUS,RP0; movlw 1;
+    // xorwf PORTB,f (x4); bsf STATUS,RP0; movlw 0xF0; movwf TRISB;
+    // bcf OPTION_REG,RBPU; bcf STATUS,RP0; goto $
+    auto pic = loadWords({0x1683, 0x30F0, 0x0086, 0x1283, 0x3001, 0x0686, 0x0686, 0x0686, 0x0686,
+                          0x1683, 0x30F0, 0x0086, 0x1381, 0x1283, 0x280E});
+    ASSERT_TRUE(pic);
+    Recorder rb0, rb1, rb4;
+    pic->pin("PORTB.0")->addListener(&rb0);
+    pic->pin("PORTB.1")->addListener(&rb1);
+    pic->pin("PORTB.4")->addListener(&rb4);
+    pic->run(100);
+    ASSERT_EQ(rb0.changes.size(), 4u);
+    EXPECT_EQ(rb0.changes[0], std::make_pair(true, uint64_t{5}));
+    EXPECT_EQ(rb0.changes[1], std::make_pair(false, uint64_t{6}));
+    EXPECT_TRUE(rb1.changes.empty());
+    ASSERT_EQ(rb4.changes.size(), 1u); // the pull-up of the input RB4
+    EXPECT_TRUE(rb4.changes[0].first);
+    EXPECT_FALSE(pic->pin("PORTB.0")->level());
+    EXPECT_FALSE(pic->pin("PORTB.3")->level()); // an output: no pull-up
+    EXPECT_TRUE(pic->pin("PORTB.7")->level());
+    pic->pin("PORTB.0")->removeListener(&rb0);
+    pic->pin("PORTB.1")->removeListener(&rb1);
+    pic->pin("PORTB.4")->removeListener(&rb4);
+}
+
 } // namespace
 } // namespace zorvel::test
 
