@@ -130,6 +130,28 @@ INSTANTIATE_TEST_SUITE_P(Devices, EndToEndEeprom,
                                            EepromProgram{"16F877", 20.0, eepromWrite877, 0x70,
                                                          20000}));
 
+// Runs 1000 cycles and checks the PWM on RC2: rising edges `period` cycles
+// apart, each followed by a falling edge `high` cycles later. Returns the
+// number of rising edges.
+size_t expectPwmOnRc2(Pic16& pic, uint64_t period, uint64_t high) {
+    EdgeRecorder edges;
+    pic.pin("RC2")->addListener(&edges);
+    pic.run(1000);
+    pic.pin("RC2")->removeListener(&edges);
+    std::vector<uint64_t> rises, falls;
+    for (auto [at, level] : edges.edges)
+        (level ? rises : falls).push_back(at);
+    EXPECT_GE(rises.size(), 5u);
+    for (size_t i = 1; i < rises.size(); ++i)
+        EXPECT_EQ(rises[i] - rises[i - 1], period);
+    for (uint64_t rise : rises) {
+        auto fall = std::lower_bound(falls.begin(), falls.end(), rise);
+        if (fall == falls.end()) continue;
+        EXPECT_EQ(*fall - rise, high);
+    }
+    return rises.size();
+}
+
 TEST(EndToEnd, AdcReadsInjectedVoltage) {
     auto pic = build("16F877", 4.0, R"(
     banksel ADCON1
@@ -176,22 +198,8 @@ done
     goto done
 )");
     ASSERT_TRUE(pic);
-    EdgeRecorder edges;
-    pic->pin("RC2")->addListener(&edges);
-    pic->run(1000);
-    pic->pin("RC2")->removeListener(&edges);
-    std::vector<uint64_t> rises, falls;
-    for (auto [at, level] : edges.edges)
-        (level ? rises : falls).push_back(at);
-    ASSERT_GE(rises.size(), 5u);
-    for (size_t i = 1; i < rises.size(); ++i)
-        EXPECT_EQ(rises[i] - rises[i - 1], 100u);
     // Duty 25 * 4 + 2 = 102 Tosc = 25.5 cycles, rounded to 26.
-    for (uint64_t rise : rises) {
-        auto fall = std::lower_bound(falls.begin(), falls.end(), rise);
-        if (fall == falls.end()) continue;
-        EXPECT_EQ(*fall - rise, 26u);
-    }
+    expectPwmOnRc2(*pic, 100, 26);
 }
 
 TEST(EndToEnd, UsartSendsHi) {
@@ -400,22 +408,7 @@ loop
     goto loop
 )");
     ASSERT_TRUE(pic);
-    EdgeRecorder edges;
-    pic->pin("RC2")->addListener(&edges);
-    pic->run(1000);
-    pic->pin("RC2")->removeListener(&edges);
-    std::vector<uint64_t> rises, falls;
-    for (auto [at, level] : edges.edges)
-        (level ? rises : falls).push_back(at);
-    ASSERT_GE(rises.size(), 5u);
-    EXPECT_LE(rises.size(), 11u);
-    for (size_t i = 1; i < rises.size(); ++i)
-        EXPECT_EQ(rises[i] - rises[i - 1], 100u);
-    for (uint64_t rise : rises) {
-        auto fall = std::lower_bound(falls.begin(), falls.end(), rise);
-        if (fall == falls.end()) continue;
-        EXPECT_EQ(*fall - rise, 26u);
-    }
+    EXPECT_LE(expectPwmOnRc2(*pic, 100, 26), 11u);
 }
 
 // The USART TX pin keeps its frames while the program toggles RC0.
