@@ -10,7 +10,8 @@
 namespace zorvel::cli {
 
 void addBuildCommand(CLI::App& app, BuildOptions& options) {
-    CLI::App* build = app.add_subcommand("build", "Compile a BASIC source file to assembly");
+    CLI::App* build =
+        app.add_subcommand("build", "Compile a BASIC source file to assembly and a HEX file");
     build->add_option("FILE", options.source, "The .bas source file")->required();
     build->add_option("--home", options.home, "Folder whose inc/ holds the device files");
     build->add_option("--assembler", options.assembler,
