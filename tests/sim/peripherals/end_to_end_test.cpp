@@ -130,16 +130,21 @@ INSTANTIATE_TEST_SUITE_P(Devices, EndToEndEeprom,
                                            EepromProgram{"16F877", 20.0, eepromWrite877, 0x70,
                                                          20000}));
 
+// Runs `cycles` cycles and returns every edge of `pin` with its cycle.
+std::vector<std::pair<uint64_t, bool>> recordPin(Pic16& pic, const char* pin, uint64_t cycles) {
+    EdgeRecorder edges;
+    pic.pin(pin)->addListener(&edges);
+    pic.run(cycles);
+    pic.pin(pin)->removeListener(&edges);
+    return edges.edges;
+}
+
 // Runs 1000 cycles and checks the PWM on RC2: rising edges `period` cycles
 // apart, each followed by a falling edge `high` cycles later. Returns the
 // number of rising edges.
 size_t expectPwmOnRc2(Pic16& pic, uint64_t period, uint64_t high) {
-    EdgeRecorder edges;
-    pic.pin("RC2")->addListener(&edges);
-    pic.run(1000);
-    pic.pin("RC2")->removeListener(&edges);
     std::vector<uint64_t> rises, falls;
-    for (auto [at, level] : edges.edges)
+    for (auto [at, level] : recordPin(pic, "RC2", 1000))
         (level ? rises : falls).push_back(at);
     EXPECT_GE(rises.size(), 5u);
     for (size_t i = 1; i < rises.size(); ++i)
@@ -225,11 +230,7 @@ send
     return
 )");
     ASSERT_TRUE(pic);
-    EdgeRecorder edges;
-    pic->pin("RC6")->addListener(&edges);
-    pic->run(104 * 25);
-    pic->pin("RC6")->removeListener(&edges);
-    EXPECT_EQ(decode(edges.edges, 104), "Hi");
+    EXPECT_EQ(decode(recordPin(*pic, "RC6", 104 * 25), 104), "Hi");
 }
 
 TEST(EndToEnd, UsartReceivesAByte) {
@@ -446,11 +447,7 @@ wait
     return
 )");
     ASSERT_TRUE(pic);
-    EdgeRecorder edges;
-    pic->pin("RC6")->addListener(&edges);
-    pic->run(104 * 25);
-    pic->pin("RC6")->removeListener(&edges);
-    EXPECT_EQ(decode(edges.edges, 104), "Hi");
+    EXPECT_EQ(decode(recordPin(*pic, "RC6", 104 * 25), 104), "Hi");
 }
 
 // Turning the transmitter off gives TX back to the port.
