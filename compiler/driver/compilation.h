@@ -121,6 +121,7 @@ struct TermScan {
 struct RuntimeState {
     static constexpr int kGroupCount = 73;
     std::array<bool, kGroupCount + 1> need{}; // index = group number; 0 unused
+    std::array<bool, 18> tests{};             // entries of the comparison group
     bool jumpTableUsed = false;               // a computed jump into a table was emitted
 };
 

@@ -1,5 +1,6 @@
 #include "compiler/frontend/statement.h"
 
+#include "compiler/commands/command_routes.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
 #include "compiler/frontend/builtin_statements.h"
@@ -205,6 +206,10 @@ StatementHandler findRoute(std::string_view keyword) {
             m.emplace(r.keyword, r.handler);
         for (const Route& r : declarationRoutes())
             m.emplace(r.keyword, r.handler);
+        for (auto table :
+             {assignmentRoutes(), conditionRoutes(), loopRoutes(), jumpRoutes(), timingRoutes()})
+            for (const Route& r : table)
+                m.emplace(r.keyword, r.handler);
         for (const Route& r : laterRoutes())
             m.emplace(r.keyword, r.handler);
         return m;
