@@ -123,6 +123,9 @@ struct RuntimeState {
     std::array<bool, kGroupCount + 1> need{}; // index = group number; 0 unused
     std::array<bool, 18> tests{};             // entries of the comparison group
     bool testTail = false;                    // t@st, set by the comparison entries
+    bool serout = false;                      // SEROUT forms the dispatcher routes to:
+    bool seroutFlow = false;                  // plain (serout), with flow-control pin
+    bool seroutTimeout = false;               // (sro@f), with pin and timeout (sro@t)
     bool jumpTableUsed = false;               // a computed jump into a table was emitted
 };
 

@@ -20,4 +20,12 @@ void writeCommonExit(Compilation& c, LibraryOutput& out);   // i@nt
 // The word comparisons t@eb .. t@st (runtime_compare.cpp).
 void writeComparisons(Compilation& c, LibraryOutput& out);
 
+// Delays (runtime_delays.cpp).
+void writeMillisecondDelay(Compilation& c, LibraryOutput& out); // dl@ms, dly@w
+void writeMicrosecondDelay(Compilation& c, LibraryOutput& out); // dl@us, dlus@w
+
+// Character output (runtime_output.cpp).
+void writeDigitSender(Compilation& c, LibraryOutput& out); // send@it
+void writeDispatcher(Compilation& c, LibraryOutput& out);  // d@snd, ch@snd
+
 } // namespace zorvel
