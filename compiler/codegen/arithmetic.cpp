@@ -104,29 +104,21 @@ bool emitOperation(Compilation& c, int opIndex, const Value& left, const Value& 
         return false;
     }
     if (o.a.kind == kKindNum && o.b.kind == kKindNum) {
-        std::optional<int> v = foldOperation(opIndex, constantOf(o.a), constantOf(o.b));
-        if (!v) {
-            reportError(c, kErrText, "Division by zero in constant expression");
-            return false;
-        }
-        emitConstantResult(c, *v, o.d);
+        emitConstantResult(c, foldOperation(opIndex, constantOf(o.a), constantOf(o.b)), o.d);
         return true;
     }
     kGenerators[opIndex](c, o);
     return true;
 }
 
-std::optional<int> foldOperation(int opIndex, int left, int right) {
+int foldOperation(int opIndex, int left, int right) {
     int64_t a = left & 0xFFFF, b = right & 0xFFFF;
     int64_t v = 0;
     switch (opIndex) {
     case kOpAdd: v = a + b; break;
     case kOpSubtract: v = a - b; break;
-    case kOpDivide:
-    case kOpRemainder:
-        if (b == 0) return std::nullopt;
-        v = opIndex == kOpDivide ? a / b : a % b;
-        break;
+    case kOpDivide: v = b == 0 ? 0xFFFF : a / b; break;
+    case kOpRemainder: v = b == 0 ? a : a % b; break;
     case kOpMultiply: v = a * b; break;
     case kOpMultiplyHigh: v = (a * b) >> 16; break;
     case kOpMultiplyMiddle: v = (a * b) >> 8; break;
@@ -135,7 +127,7 @@ std::optional<int> foldOperation(int opIndex, int left, int right) {
     case kOpXor: v = a ^ b; break;
     case kOpShiftLeft: v = b >= 16 ? 0 : a << b; break;
     case kOpShiftRight: v = b >= 16 ? 0 : a >> b; break;
-    default: return std::nullopt;
+    default: assert(false && "operator index out of range");
     }
     return static_cast<int>(v & 0xFFFF);
 }

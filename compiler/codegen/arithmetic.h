@@ -48,8 +48,9 @@ void emitConstantResult(Compilation& c, int value, const Value& result);
 // (a WREG source is the value in W).
 void emitTransfer(Compilation& c, const Value& from, const Value& to);
 
-// The operation on two 16-bit values as the generated code computes it;
-// nullopt for a division or remainder by zero.
-std::optional<int> foldOperation(int opIndex, int left, int right);
+// The operation on two 16-bit values as the generated code computes it. A
+// division by zero gives what the runtime division gives: the quotient 65535
+// and the dividend as remainder.
+int foldOperation(int opIndex, int left, int right);
 
 } // namespace zorvel

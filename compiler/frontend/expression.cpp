@@ -126,9 +126,8 @@ std::optional<Saved> save(Evaluator& ev, const Value& left) {
 Result apply(Evaluator& ev, int op, const Value& left, const Value& right) {
     ++ev.operations;
     if (left.kind == kKindNum && right.kind == kKindNum) {
-        std::optional<int> v = foldOperation(op, std::stoi(left.name), std::stoi(right.name));
-        if (!v) return fail(ev, "Division by zero in constant expression");
-        return Value{std::to_string(*v), kKindNum, -1};
+        int v = foldOperation(op, std::stoi(left.name), std::stoi(right.name));
+        return Value{std::to_string(v), kKindNum, -1};
     }
     Value result = ev.destination;
     bool last = ev.operations >= ev.terms - 1;
