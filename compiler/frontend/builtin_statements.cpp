@@ -153,10 +153,9 @@ constexpr std::string_view kLaterKeywords[] = {
     "ENDM", "EXITM", "DEC", "DECREMENT", "INC", "INCREMENT", "BUSOUT", "BUSIN", "SHIN", "SHOUT",
     "BRANCH", "BRANCHL", "CDATA", "CWRITE", "DATA", "EDATA", "EWRITE", "READ", "RESTORE", "CLS",
     "CURSOR", "PRINT", "CLEAR", "LOW", "HIGH", "SET", "INPUT", "OUTPUT", "TOGGLE", "PULSOUT", "PWM",
-    "HPWM", "SERVO", "SOUND", "FREQOUT", "DTMFOUT", "CALL", "FOR", "GOTO", "GOSUB", "RETURN",
-    "WHILE", "REPEAT", "POKE", "IF", "PAUSE", "DELAYMS", "PAUSEUS", "DELAYUS", "SLEEP", "SNOOZE",
-    "LET", "RSOUT", "RSIN", "SERIN", "SEROUT", "STR", "SWAP", "LCDWRITE", "OREAD", "OWRITE", "PLOT",
-    "UNPLOT", "#ENABLE", "#LOCAL",
+    "HPWM", "SERVO", "SOUND", "FREQOUT", "DTMFOUT", "PAUSE", "DELAYMS", "PAUSEUS", "DELAYUS",
+    "SLEEP", "SNOOZE", "LET", "RSOUT", "RSIN", "SERIN", "SEROUT", "STR", "SWAP", "LCDWRITE",
+    "OREAD", "OWRITE", "PLOT", "UNPLOT", "#ENABLE", "#LOCAL",
     // Mnemonics and pseudo-instructions with BASIC operands.
     "ANDWF", "ANDLW", "ADDWF", "ADDLW", "BCF", "BSF", "BTFSC", "BTFSS", "CLRF", "CLRW", "CLRWDT",
     "COMF", "DECF", "DECFSZ", "INCF", "INCFSZ", "IORLW", "IORWF", "MOVLW", "MOVF", "MOVWF", "NOP",
