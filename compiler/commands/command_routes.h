@@ -8,9 +8,11 @@
 namespace zorvel {
 
 std::span<const Route> assignmentRoutes(); // LET, INC, DEC, SWAP (assignment.cpp)
-std::span<const Route> conditionRoutes();  // IF (if_statement.cpp)
-std::span<const Route> loopRoutes();       // FOR, WHILE, REPEAT (loops.cpp)
-std::span<const Route> jumpRoutes();       // GOTO, GOSUB, CALL, RETURN, POKE (jumps.cpp)
-std::span<const Route> timingRoutes();     // PAUSE, DELAYMS, PAUSEUS, DELAYUS (timing.cpp)
+// A statement that begins with a name: "target = expression".
+void compileAssignment(Compilation& c);
+std::span<const Route> conditionRoutes(); // IF (if_statement.cpp)
+std::span<const Route> loopRoutes();      // FOR, WHILE, REPEAT (loops.cpp)
+std::span<const Route> jumpRoutes();      // GOTO, GOSUB, CALL, RETURN, POKE (jumps.cpp)
+std::span<const Route> timingRoutes();    // PAUSE, DELAYMS, PAUSEUS, DELAYUS (timing.cpp)
 
 } // namespace zorvel

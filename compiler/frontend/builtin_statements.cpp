@@ -150,12 +150,11 @@ void reportNotSupported(Compilation& c) {
 
 // Keywords routed to generators that the compiler does not have yet.
 constexpr std::string_view kLaterKeywords[] = {
-    "ENDM", "EXITM", "DEC", "DECREMENT", "INC", "INCREMENT", "BUSOUT", "BUSIN", "SHIN", "SHOUT",
-    "BRANCH", "BRANCHL", "CDATA", "CWRITE", "DATA", "EDATA", "EWRITE", "READ", "RESTORE", "CLS",
-    "CURSOR", "PRINT", "CLEAR", "LOW", "HIGH", "SET", "INPUT", "OUTPUT", "TOGGLE", "PULSOUT", "PWM",
-    "HPWM", "SERVO", "SOUND", "FREQOUT", "DTMFOUT", "PAUSE", "DELAYMS", "PAUSEUS", "DELAYUS",
-    "SLEEP", "SNOOZE", "LET", "RSOUT", "RSIN", "SERIN", "SEROUT", "STR", "SWAP", "LCDWRITE",
-    "OREAD", "OWRITE", "PLOT", "UNPLOT", "#ENABLE", "#LOCAL",
+    "ENDM", "EXITM", "BUSOUT", "BUSIN", "SHIN", "SHOUT", "BRANCH", "BRANCHL", "CDATA", "CWRITE",
+    "DATA", "EDATA", "EWRITE", "READ", "RESTORE", "CLS", "CURSOR", "PRINT", "CLEAR", "LOW", "HIGH",
+    "SET", "INPUT", "OUTPUT", "TOGGLE", "PULSOUT", "PWM", "HPWM", "SERVO", "SOUND", "FREQOUT",
+    "DTMFOUT", "PAUSE", "DELAYMS", "PAUSEUS", "DELAYUS", "SLEEP", "SNOOZE", "RSOUT", "RSIN",
+    "SERIN", "SEROUT", "STR", "LCDWRITE", "OREAD", "OWRITE", "PLOT", "UNPLOT", "#ENABLE", "#LOCAL",
     // Mnemonics and pseudo-instructions with BASIC operands.
     "ANDWF", "ANDLW", "ADDWF", "ADDLW", "BCF", "BSF", "BTFSC", "BTFSS", "CLRF", "CLRW", "CLRWDT",
     "COMF", "DECF", "DECFSZ", "INCF", "INCFSZ", "IORLW", "IORWF", "MOVLW", "MOVF", "MOVWF", "NOP",
@@ -187,10 +186,6 @@ std::span<const Route> laterRoutes() {
 
 void compileNotSupported(Compilation& c, std::string_view what) {
     reportError(c, kErrText, "'" + std::string(what) + "' is not supported yet");
-}
-
-void compileAssignment(Compilation& c) {
-    reportError(c, kErrText, "Assignment '" + c.stmt.keyword + " = ...' is not supported yet");
 }
 
 void placeDataSkipLabel(Compilation& c) {

@@ -22,7 +22,6 @@ std::span<const Route> builtinRoutes();
 std::span<const Route> laterRoutes();
 
 void compileNotSupported(Compilation& c, std::string_view what);
-void compileAssignment(Compilation& c);
 void placeDataSkipLabel(Compilation& c);
 
 } // namespace zorvel

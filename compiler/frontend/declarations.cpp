@@ -448,10 +448,11 @@ std::optional<int> placeByte(Compilation& c) {
 
 std::string requestTemporary(Compilation& c, int kind) {
     std::string name = "N@VAR" + std::to_string(c.alloc.nextTemporary++);
-    if (c.symbols.find(name)) return name;
     int bytes = kind == kKindWord ? 2 : 1;
     for (int i = 0; i < bytes; ++i) {
+        // A name used as a byte before gets its high byte when asked for a word.
         std::string part = i == 0 ? name : name + "H";
+        if (c.symbols.find(part)) continue;
         int address = c.device.allocAddress++;
         c.emit(part + " = " + std::to_string(address));
         addSymbol(c, {part, part, i == 0 ? kind : kKindByte, address, -1});

@@ -1,6 +1,10 @@
 #include "compiler/library/runtime_groups.h"
 
 #include "compiler/driver/compilation.h"
+#include "compiler/library/runtime_marks.h"
+#include "compiler/library/runtime_routines.h"
+
+#include <array>
 
 namespace zorvel {
 namespace {
@@ -11,41 +15,134 @@ void writeRsoutLabel(Compilation&, LibraryOutput& out) {
     out.add("rsout@");
 }
 
-// Group 73, the common exit of the routines: returns in bank 0 with IRP,
-// RP0 and RP1 clear.
-void writeCommonExit(Compilation& c, LibraryOutput& out) {
-    std::string status = regAddress(c, "STATUS");
-    out.add("i@nt\tbcf " + status + ",7");
-    out.add("\tbcf " + status + ",5");
-    out.add("\tbcf " + status + ",6");
-    out.add(filler(c));
-    out.add("\treturn");
+using G = Group;
+using GroupWriter = void (*)(Compilation&, LibraryOutput&);
+
+// One routine group: its text (nullptr while the compiler has no generator
+// that calls it), the later groups it calls, and whether its code uses the
+// BPF and BPFH state registers, which the start-up code then clears.
+struct RuntimeGroup {
+    Group group;
+    GroupWriter write;
+    std::array<Group, 6> calls{}; // unused slots hold 0
+    bool usesBpf = false;
+    bool usesBpfh = false;
+};
+
+// In writing order. Every group named in `calls` comes later than the group.
+constexpr RuntimeGroup kGroups[] = {
+    {G::Cos, nullptr, {G::Sin}},
+    {G::Sin, nullptr},
+    {G::FreqOut, nullptr, {G::CommonExit, G::Sin}},
+    {G::DtmfOut, nullptr, {G::DelayMs, G::FreqOut}},
+    {G::PutArray, nullptr, {G::CommonExit, G::FindAddress}},
+    {G::GetArray, nullptr, {G::CommonExit, G::FindAddress}},
+    {G::FindAddress, nullptr, {G::CommonExit}},
+    {G::Inkey, nullptr, {G::CommonExit}},
+    {G::Compare, nullptr, {G::CommonExit}},
+    {G::Counter, nullptr, {G::CommonExit, G::Multiply}},
+    {G::Cls, nullptr, {G::Dispatcher}, true, true},
+    {G::Cursor, nullptr, {G::Dispatcher, G::Multiply}, true, true},
+    {G::LcdCursor, nullptr, {G::Dispatcher}, true, true},
+    {G::Bin, nullptr, {G::Dispatcher, G::SendDigit}, false, true},
+    {G::Hex, nullptr, {G::Dispatcher}, true, true},
+    {G::Dec, nullptr, {G::Divide, G::Dispatcher, G::SendDigit}, false, true},
+    {G::SendDigit, nullptr},
+    {G::StringOneBank, nullptr, {G::CommonExit, G::Dispatcher}, false, true},
+    {G::StringAcrossBanks, nullptr, {G::GetArray, G::CommonExit, G::Dispatcher}, false, true},
+    {G::Rep, nullptr, {G::CommonExit, G::Dispatcher}, false, true},
+    {G::Print, nullptr, {G::Dispatcher, G::CommonExit, G::DelayUs}, true, true},
+    {G::BusIn, nullptr, {G::BusOut, G::CommonExit}, true, false},
+    {G::BusOut, nullptr, {G::DelayUs, G::CommonExit}, true, true},
+    {G::SerIn, nullptr, {G::CommonExit, G::BitsHigh, G::BitsLow, G::SerialBit}},
+    {G::SerOut, nullptr, {G::CommonExit, G::DelayMs, G::SerialBit}},
+    {G::SerialBit, nullptr, {G::DelayUs, G::ShiftRight}},
+    {G::RsoutLabel, writeRsoutLabel},
+    {G::Rsout, nullptr, {G::CommonExit, G::BitDelay, G::DelayUs, G::Dispatcher}, false, true},
+    {G::RsinTimeout, nullptr, {G::CommonExit, G::RsinStart}},
+    {G::Rsin, nullptr, {G::CommonExit, G::RsinStart}},
+    {G::RsinStart, nullptr, {G::BitDelay}},
+    {G::BitDelay, nullptr, {G::DelayUs}},
+    {G::Dispatcher, nullptr},
+    {G::Hpwm, nullptr, {G::CommonExit, G::Multiply, G::Divide}},
+    {G::Pwm, nullptr, {G::CommonExit, G::Negate}},
+    {G::Pulsout, nullptr, {G::CommonExit, G::Negate}},
+    {G::Pulsin, nullptr, {G::CommonExit, G::EdgeCount}},
+    {G::Pot, nullptr, {G::CommonExit, G::BitsHigh, G::DelayUs}},
+    {G::Rcin, nullptr, {G::EdgeCount}},
+    {G::EdgeCount, nullptr, {G::CommonExit}},
+    {G::Eread, nullptr, {G::CommonExit}},
+    {G::Ewrite, nullptr, {G::CommonExit}},
+    {G::CodeString, nullptr, {G::Cread, G::CommonExit, G::Dispatcher}, false, true},
+    {G::Cread, nullptr, {G::CommonExit}},
+    {G::Cwrite, nullptr, {G::CommonExit}},
+    {G::Adin, nullptr, {G::CommonExit, G::DelayUs}},
+    {G::Sound, nullptr, {G::CommonExit, G::DelayUs, G::Random}},
+    {G::Random, writeRandom, {G::CommonExit}},
+    {G::Shin, nullptr, {G::CommonExit, G::ShiftClock, G::ReverseBits}},
+    {G::Shout, nullptr, {G::CommonExit, G::BitsHigh, G::BitsLow, G::ShiftClock, G::ReverseBits}},
+    {G::ShiftClock, nullptr, {G::DelayUs}},
+    {G::Snooze, nullptr, {G::CommonExit}},
+    {G::SleepPeriod, nullptr, {G::CommonExit, G::Multiply}},
+    {G::DelayMs, nullptr, {G::CommonExit, G::DelayUs}},
+    {G::DelayUs, nullptr},
+    {G::Lookup, nullptr, {G::CommonExit, G::BitTable}},
+    {G::Toggle, nullptr, {G::PinMask, G::InvertOut}},
+    {G::PinMask, nullptr, {G::BitTable}},
+    {G::BitTable, nullptr},
+    {G::Dig, nullptr, {G::Divide}},
+    {G::Divide, writeDivide, {G::CommonExit}},
+    {G::Multiply, writeMultiply, {G::CommonExit}},
+    {G::ReverseBits, nullptr, {G::ShiftLeft}},
+    {G::ShiftLeft, writeShiftLeft, {G::CommonExit}},
+    {G::ShiftRight, writeShiftRight, {G::CommonExit}},
+    {G::Negate, writeNegate, {G::IncrementPP0}},
+    {G::IncrementPP0, writeIncrementPP0},
+    {G::InputPin, nullptr, {G::CommonExit}},
+    {G::BitsHigh, nullptr, {G::OutputPin, G::InvertOut}},
+    {G::BitsLow, nullptr, {G::OutputPin}},
+    {G::InvertOut, nullptr, {G::OutputPin}},
+    {G::OutputPin, nullptr, {G::CommonExit}},
+    {G::CommonExit, writeCommonExit},
+};
+
+constexpr bool inWritingOrder() {
+    int number = 0;
+    for (const RuntimeGroup& entry : kGroups)
+        if (static_cast<int>(entry.group) != ++number) return false;
+    return number == RuntimeState::kGroupCount;
+}
+static_assert(inWritingOrder(), "one entry per routine group, in writing order");
+
+// The calls whose callee comes before its caller in the order: marked before
+// the first group is looked at.
+void markEarlierCallees(Compilation& c) {
+    if (needed(c, G::DtmfOut)) need(c, G::FreqOut);
+    if (needed(c, G::FreqOut)) need(c, G::Sin);
+    if (needed(c, G::StringOneBank) || needed(c, G::StringAcrossBanks)) need(c, G::GetArray);
+    if (needed(c, G::CodeString)) need(c, G::Dispatcher);
 }
 
-struct RuntimeGroup {
-    int number;
-    bool always; // written whatever the need mark says
-    void (*write)(Compilation&, LibraryOutput&);
-};
+bool isWritten(const Compilation& c, const RuntimeGroup& entry) {
+    if (!entry.write) return false;
+    return entry.group == G::RsoutLabel || needed(c, entry.group);
+}
 
-constexpr RuntimeGroup kGroups[] = {
-    {27, true, writeRsoutLabel},
-    {73, false, writeCommonExit},
-};
-
-const RuntimeGroup* findGroup(int number) {
-    for (const RuntimeGroup& group : kGroups)
-        if (group.number == number) return &group;
-    return nullptr;
+// Marks the callees and the used registers, then writes the group's lines.
+void writeGroup(Compilation& c, LibraryOutput& out, const RuntimeGroup& entry) {
+    for (Group callee : entry.calls)
+        if (static_cast<int>(callee) != 0) need(c, callee);
+    out.bpfUsed = out.bpfUsed || entry.usesBpf;
+    out.bpfhUsed = out.bpfhUsed || entry.usesBpfh;
+    entry.write(c, out);
 }
 
 } // namespace
 
 void writeRuntimeGroups(Compilation& c, LibraryOutput& out) {
-    for (int number = 1; number <= RuntimeState::kGroupCount; ++number) {
-        const RuntimeGroup* group = findGroup(number);
-        if (group && (group->always || c.runtime.need[number])) group->write(c, out);
-    }
+    markEarlierCallees(c);
+    for (const RuntimeGroup& entry : kGroups)
+        if (isWritten(c, entry)) writeGroup(c, out, entry);
 }
 
 } // namespace zorvel

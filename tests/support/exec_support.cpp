@@ -1,6 +1,8 @@
 #include "support/exec_support.h"
 
+#include "compiler/driver/assembler.h"
 #include "compiler/frontend/lexer.h"
+#include "compiler/library/library_writer.h"
 #include "sim/device_layout.h"
 #include "sim/hex_loader.h"
 
@@ -53,10 +55,31 @@ std::string joinMessages(const std::vector<std::string>& messages) {
 SimProgram::SimProgram(const std::string& source, double mhz) : source_(source) {
     fs::path file = dir_.write("prog.bas", source);
     compiled_ = compileFile(file, dataFolder(), true);
+    load(mhz);
+}
+
+SimProgram::SimProgram(const std::string& source, double mhz,
+                       const std::function<void(Compilation&)>& prepare)
+    : source_(source) {
+    fs::path file = dir_.write("prog.bas", source);
+    compiled_ = compileFile(file, dataFolder(), false);
+    Compilation& c = *compiled_.compilation;
+    if (compiled_.errors == 0) {
+        prepare(c);
+        writeLibraryFile(c);
+        assembleAndReadBack(c);
+    }
+    compiled_.messages = c.messages;
+    compiled_.errors = c.ctx.errorCount;
+    compiled_.alerts = c.alerts;
+    load(mhz);
+}
+
+void SimProgram::load(double mhz) {
     if (compiled_.errors != 0 || !compiled_.alerts.empty() ||
         !fs::exists(dir_.path() / "prog.hex")) {
         failure_ = "build failed:\n" + joinMessages(compiled_.messages) +
-                   joinMessages(compiled_.alerts) + "source:\n" + source;
+                   joinMessages(compiled_.alerts) + "source:\n" + source_;
         return;
     }
     labels_ = listingLabels(dir_.path() / "prog.lst");

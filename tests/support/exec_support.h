@@ -6,6 +6,7 @@
 #include "support/test_support.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -18,6 +19,11 @@ public:
     // the HEX into a simulator of the compiled device at `mhz`. ok() tells
     // whether it got that far; failure() says why not.
     explicit SimProgram(const std::string& source, double mhz = 4.0);
+    // As above, with `prepare` called after the compile and before the
+    // library file is written again and assembled: tests of runtime routines
+    // that no statement calls yet set their need marks there.
+    SimProgram(const std::string& source, double mhz,
+               const std::function<void(Compilation&)>& prepare);
 
     bool ok() const { return pic_ != nullptr; }
     const std::string& failure() const { return failure_; }
@@ -46,6 +52,7 @@ public:
 
 private:
     const SymbolEntry& symbol(const std::string& variable) const;
+    void load(double mhz);
 
     std::string source_;
     TempDir dir_;

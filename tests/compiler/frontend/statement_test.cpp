@@ -144,7 +144,7 @@ INSTANTIATE_TEST_SUITE_P(
         ErrorCase{"NotSupportedYet", "HIGH PORTB.0",
                   frame(1, "HIGH PORTB.0", "'HIGH' is not supported yet")},
         ErrorCase{"PrefixIsNotAKeyword", "PRINTER = 1",
-                  frame(1, "PRINTER = 1", "Assignment 'PRINTER = ...' is not supported yet")},
+                  frame(1, "PRINTER = 1", " Variable ' PRINTER ' not defined")},
         ErrorCase{"StrayEndif", "ENDIF", frame(1, "ENDIF", "ENDIF without IF")},
         ErrorCase{"StrayNext", "NEXT I", frame(1, "NEXT I", "NEXT without FOR")},
         ErrorCase{"WordTooLong", "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789 = 1",

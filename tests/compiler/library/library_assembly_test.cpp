@@ -565,6 +565,30 @@ TEST(GpasmDialect, AssignmentNeedsColumnOne) {
     EXPECT_EQ(columnOne.status, 0) << columnOne.errors;
 }
 
+TEST(GpasmDialect, LabelNeedsColumnOne) {
+    REQUIRE_GPASM();
+    Assembly tabbed = assembleLines({"\torg 0", "\tclrc", "\tl@sh\taddlw 255", "\tgoto l@sh"});
+    EXPECT_NE(tabbed.status, 0);
+    EXPECT_NE(tabbed.errors.find("syntax error"), std::string::npos) << tabbed.errors;
+    Assembly columnOne = assembleLines({"\torg 0", "\tclrc", "l@sh\taddlw 255", "\tgoto l@sh"});
+    EXPECT_EQ(columnOne.status, 0) << columnOne.errors;
+}
+
+// A two-word branch (bc, bnc, bz, bnz) takes "$" as the address of its
+// second word, the goto: "bc $+8" at address 0 jumps to 9, not 8.
+TEST(GpasmDialect, DollarInTwoWordBranchIsTheGoto) {
+    REQUIRE_GPASM();
+    TempDir dir;
+    Lines all = {"\tLIST  P=16F877 , w=2, x=on, r=DEC", "\t#include \"P16F877.zvi\"", "\torg 0",
+                 "\tbc $+8", "\tEND"};
+    fs::path file = dir.write("probe.asm", libraryFileText(all));
+    Assembly result = assemble(file);
+    ASSERT_EQ(result.status, 0) << result.errors;
+    std::string listing = readFile(dir.path() / "probe.lst").value_or("");
+    // btfsc 3,0 (1803), then goto 9 (2809).
+    EXPECT_NE(listing.find("1803 2809"), std::string::npos) << listing;
+}
+
 TEST(GpasmDialect, UndefinedLabelMakesFirstPassConditionFalse) {
     REQUIRE_GPASM();
     // True in the second pass, false in the first: the label moves.

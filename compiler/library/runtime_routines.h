@@ -1,0 +1,20 @@
+// The texts of the runtime subroutine groups, one writer per group. The
+// writers only append lines; which groups are written, and the marks they
+// pass on to the routines they call, is runtime_groups.cpp's business.
+#pragma once
+
+#include "compiler/library/library_text.h"
+
+namespace zorvel {
+
+// Arithmetic (runtime_arith.cpp).
+void writeDivide(Compilation& c, LibraryOutput& out);       // d@vd, d@vd2
+void writeMultiply(Compilation& c, LibraryOutput& out);     // m@py
+void writeShiftLeft(Compilation& c, LibraryOutput& out);    // l@sh
+void writeShiftRight(Compilation& c, LibraryOutput& out);   // r@sh
+void writeNegate(Compilation& c, LibraryOutput& out);       // n@gt
+void writeIncrementPP0(Compilation& c, LibraryOutput& out); // i@pp0
+void writeRandom(Compilation& c, LibraryOutput& out);       // rndm
+void writeCommonExit(Compilation& c, LibraryOutput& out);   // i@nt
+
+} // namespace zorvel
