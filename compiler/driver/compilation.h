@@ -122,6 +122,7 @@ struct RuntimeState {
     static constexpr int kGroupCount = 73;
     std::array<bool, kGroupCount + 1> need{}; // index = group number; 0 unused
     std::array<bool, 18> tests{};             // entries of the comparison group
+    bool testTail = false;                    // t@st, set by the comparison entries
     bool jumpTableUsed = false;               // a computed jump into a table was emitted
 };
 

@@ -39,7 +39,7 @@ constexpr RuntimeGroup kGroups[] = {
     {G::GetArray, nullptr, {G::CommonExit, G::FindAddress}},
     {G::FindAddress, nullptr, {G::CommonExit}},
     {G::Inkey, nullptr, {G::CommonExit}},
-    {G::Compare, nullptr, {G::CommonExit}},
+    {G::Compare, writeComparisons, {G::CommonExit}},
     {G::Counter, nullptr, {G::CommonExit, G::Multiply}},
     {G::Cls, nullptr, {G::Dispatcher}, true, true},
     {G::Cursor, nullptr, {G::Dispatcher, G::Multiply}, true, true},

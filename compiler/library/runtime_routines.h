@@ -17,4 +17,7 @@ void writeIncrementPP0(Compilation& c, LibraryOutput& out); // i@pp0
 void writeRandom(Compilation& c, LibraryOutput& out);       // rndm
 void writeCommonExit(Compilation& c, LibraryOutput& out);   // i@nt
 
+// The word comparisons t@eb .. t@st (runtime_compare.cpp).
+void writeComparisons(Compilation& c, LibraryOutput& out);
+
 } // namespace zorvel

@@ -11,6 +11,8 @@
 namespace zorvel::test {
 namespace {
 
+using Relation = zorvel::Test; // testing::Test hides the name inside TEST bodies
+
 using Lines = std::vector<std::string>;
 
 // A compilation of `source` (a 16F84 unless the source says otherwise) with
@@ -114,6 +116,60 @@ TEST(RuntimeText, RegistersFollowTheDevice) {
     // With an interrupt handler the system variables move four addresses on.
     Runtime r("DEVICE 16F84\nON_INTERRUPT Handler\nHandler:\n");
     EXPECT_EQ(routine(r.lines({Group::Multiply}), "m@py\tmovlw 16")[1], "\tmovwf 37");
+}
+
+const Lines kTestTail = {"t@st movwf 36", "\tmovfw 23",   "\tsubwf 21,w", "\tbnz $+3",
+                         "\tmovfw 22",    "\tSubwf 20,w", "\tmovlw 4",    "\tskpnc",
+                         "\tmovlw 1",     "\tskpnz",      "\tmovlw 2",    "\tandwf 36,w",
+                         "\tskpz",        "\tmovlw 255",  "\tgoto i@nt"};
+
+TEST(RuntimeText, EveryComparisonEntry) {
+    Runtime r;
+    for (Relation test : {Relation::Equal, Relation::GreaterEqual, Relation::Greater,
+                          Relation::LessEqual, Relation::Less, Relation::NotEqual})
+        needTest(r.c(), test, TestEntry::Byte);
+    Lines expected;
+    const char* stems[] = {"t@e", "t@ge", "t@gt", "t@le", "t@lt", "t@ne"};
+    const char* masks[] = {"2", "3", "1", "6", "4", "5"};
+    for (int i = 0; i < 6; ++i) {
+        expected.push_back(std::string(stems[i]) + "b clrf 21");
+        expected.push_back(std::string(stems[i]) + "w clrf 23");
+        expected.push_back(std::string(stems[i]) + " movwf 22");
+        expected.push_back(std::string("\tmovlw ") + masks[i]);
+        if (i < 5) expected.push_back("\tgoto t@st");
+    }
+    expected.insert(expected.end(), kTestTail.begin(), kTestTail.end());
+    Lines all = r.lines();
+    auto begin = std::find(all.begin(), all.end(), "t@eb clrf 21");
+    ASSERT_NE(begin, all.end());
+    EXPECT_EQ(Lines(begin, begin + static_cast<long>(expected.size())), expected);
+}
+
+TEST(RuntimeText, ComparisonEntriesOnlyWhereMarked) {
+    Runtime r;
+    needTest(r.c(), Relation::Greater, TestEntry::Byte); // pulls in t@gtw and t@gt
+    needTest(r.c(), Relation::NotEqual, TestEntry::Word);
+    needTest(r.c(), Relation::Less, TestEntry::Full);
+    Lines expected = {"t@gtb clrf 21", "t@gtw clrf 23", "t@gt movwf 22", "\tmovlw 1",
+                      "\tgoto t@st",   "t@lt movwf 22", "\tmovlw 4",     "\tgoto t@st",
+                      "t@new clrf 23", "t@ne movwf 22", "\tmovlw 5"};
+    expected.insert(expected.end(), kTestTail.begin(), kTestTail.end());
+    expected.insert(expected.end(),
+                    {"rsout@", "i@nt\tbcf 3,7", "\tbcf 3,5", "\tbcf 3,6", "\tclrwdt", "\treturn"});
+    EXPECT_EQ(r.lines(), expected);
+    EXPECT_TRUE(neededTest(r.c(), Relation::Greater, TestEntry::Word));
+    EXPECT_TRUE(neededTest(r.c(), Relation::Greater, TestEntry::Full));
+    EXPECT_TRUE(neededTest(r.c(), Relation::NotEqual, TestEntry::Full));
+    EXPECT_FALSE(neededTest(r.c(), Relation::Less, TestEntry::Word));
+    EXPECT_FALSE(neededTest(r.c(), Relation::Equal, TestEntry::Full));
+    EXPECT_TRUE(r.c().runtime.testTail);
+}
+
+TEST(RuntimeText, ComparisonGroupWithoutEntriesWritesNothing) {
+    Runtime r;
+    EXPECT_EQ(r.lines({Group::Compare}),
+              (Lines{"rsout@", "i@nt\tbcf 3,7", "\tbcf 3,5", "\tbcf 3,6", "\tclrwdt", "\treturn"}));
+    EXPECT_FALSE(r.c().runtime.testTail);
 }
 
 TEST(RuntimeInclusion, NothingMarkedWritesOnlyTheRsoutLabel) {
