@@ -35,6 +35,21 @@ void emitPlainIncrementSkip(Compilation& c, std::string_view reg) {
     c.emit("\tIncfsz " + std::string(reg));
 }
 
+int bankOf(int address) {
+    return (address >> 7) & 3;
+}
+
+// A word whose high byte lies in the next bank (its low byte is the last of
+// a bank) needs that bank selected before a skip instruction: the skip must
+// pass over the access alone, not over a bank switch in front of it.
+void selectHighBankIfSplit(Compilation& c, const Step& s) {
+    const SymbolEntry* low = c.symbols.find(s.counter.name);
+    if (!low) return;
+    const SymbolEntry* high = c.symbols.find(s.high());
+    int highAddress = high ? high->address : low->address + 1;
+    if (bankOf(low->address) != bankOf(highAddress)) emitOp(c, Op1::SelectBank, s.high());
+}
+
 void jumpOnCarry(Compilation& c, int value, std::string_view label) {
     emitTestAndJump(c, value, "STATUS", kCarry, label);
 }
@@ -165,6 +180,7 @@ void subtractLowWithBorrow(Compilation& c, const Step& s) {
     }
     emitOp(c, Op1::SubwfF, s.counter.name);
     if (!(s.constant() && s.value() == 1)) emitOp(c, Op1::Movlw, "1");
+    selectHighBankIfSplit(c, s);
     emitOp(c, Op0::Skpc);
     emitOp(c, Op1::SubwfF, s.high());
 }

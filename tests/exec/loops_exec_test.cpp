@@ -165,3 +165,29 @@ TEST(LoopExec, JumpsAcrossCodePages) {
 
 } // namespace
 } // namespace zorvel::test
+
+namespace zorvel::test {
+namespace {
+
+// 68 bytes fill bank 0 of the 16F877 up to 127, so the counter's low byte is
+// the last byte of bank 0 and its high byte the first of bank 1.
+TEST(LoopExec, CounterSplitAcrossBanks) {
+    std::string source = "DEVICE 16F877\n";
+    for (int i = 1; i <= 68; ++i)
+        source += "DIM X" + std::to_string(i) + " AS BYTE\n";
+    source += "DIM JW AS WORD\nDIM B AS BYTE\nDIM C1 AS WORD\nDIM C2 AS WORD\nDIM C3 AS WORD\n"
+              "B = 7\n"
+              "FOR JW = 300 TO 0 STEP -1\nC1 = C1 + 1\nNEXT\n"
+              "FOR JW = 700 TO 0 STEP -B\nC2 = C2 + 1\nNEXT\n"
+              "FOR JW = 250 TO 600 STEP 9\nC3 = C3 + 1\nNEXT\nEND\n";
+    SimProgram p(source);
+    ASSERT_TRUE(p.ok()) << p.failure();
+    ASSERT_EQ(p.address("JW"), 127);
+    ASSERT_TRUE(p.runToEnd());
+    EXPECT_EQ(p.word("C1"), 301);
+    EXPECT_EQ(p.word("C2"), 700 / 7 + 1);
+    EXPECT_EQ(p.word("C3"), (600 - 250) / 9 + 1);
+}
+
+} // namespace
+} // namespace zorvel::test
