@@ -8,6 +8,7 @@
 #include "compiler/frontend/keywords.h"
 #include "compiler/frontend/lexer.h"
 #include "compiler/frontend/operand.h"
+#include "compiler/frontend/statement.h"
 
 #include <optional>
 
@@ -41,7 +42,7 @@ std::optional<Value> readTarget(Compilation& c, const std::string& text, std::st
 
 bool atStatementEnd(Compilation& c) {
     skipBlanks(c);
-    return c.line.atEnd() || isStatementEnd(c.line.peek());
+    return c.line.atEnd() || isStatementEnd(c.line.peek()) || closingKeywordFollows(c);
 }
 
 void assignTo(Compilation& c, const std::string& target) {

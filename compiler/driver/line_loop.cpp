@@ -27,6 +27,14 @@ bool reportControlCharacter(Compilation& c) {
     return true;
 }
 
+// Stops the run once; a block statement's body loop may have stopped it
+// already, and the loops around it must not say so again.
+void reportTooManyErrors(Compilation& c) {
+    static constexpr const char* kText = "\tToo many COMPILER ERRORS.";
+    if (c.messages.empty() || c.messages.back() != kText) c.messages.push_back(kText);
+    c.ctx.lineIndex = c.ctx.lineLimit;
+}
+
 } // namespace
 
 bool readLine(Compilation& c) {
@@ -69,8 +77,7 @@ LoopExit lineLoop(Compilation& c) {
         }
         ++ctx.lineIndex;
         if (ctx.errorCount >= 2) {
-            c.messages.push_back("\tToo many COMPILER ERRORS.");
-            ctx.lineIndex = ctx.lineLimit;
+            reportTooManyErrors(c);
             return LoopExit::Finished;
         }
     } while (ctx.lineIndex < ctx.lineCount && ctx.lineIndex < ctx.lineLimit);

@@ -113,6 +113,10 @@ bool isBlockClosingKeyword(std::string_view k) {
     return k == "ELSE" || k == "ENDIF" || k == "WEND" || k == "NEXT" || k == "UNTIL";
 }
 
+bool closingKeywordFollows(Compilation& c) {
+    return isBlockClosingKeyword(peekWord(c));
+}
+
 void readStatementHead(Compilation& c) {
     StatementState& s = c.stmt;
     s.keyword.clear();
@@ -173,7 +177,7 @@ void compileStatementsOfLine(Compilation& c) {
         }
         if (l.pos < l.length()) {
             skipBlanks(c);
-            if (l.peek() != ':') l.pos = l.length();
+            if (l.peek() != ':' && !closingKeywordFollows(c)) l.pos = l.length();
         }
     } while (l.pos < l.length());
 }
