@@ -40,6 +40,9 @@ void resetPass(Compilation& c, int pass) {
     ctx.errorCount = 0;
     c.messages.clear();
     c.asmlist.clear();
+    // Most statements compile to a handful of lines: reserve for a few per
+    // source line so the list is not copied as it grows.
+    if (pass == 2) c.asmlist.reserve(c.workfile.size() * 8);
     c.stmt = StatementState{};
     c.counters = LabelCounters{};
     c.alloc = AllocatorState{};
@@ -85,7 +88,11 @@ void compileTopLevel(Compilation& c) {
 }
 
 std::string joinLines(const std::vector<std::string>& lines) {
+    size_t size = 0;
+    for (const std::string& line : lines)
+        size += line.size() + 2;
     std::string out;
+    out.reserve(size);
     for (size_t i = 0; i < lines.size(); ++i) {
         if (i) out += "\r\n";
         out += lines[i];

@@ -21,6 +21,17 @@ TEST(ExecHarness, RunsInlineCodeToEndAndReadsVariables) {
     EXPECT_EQ(p.label("nowhere"), -1);
 }
 
+TEST(ExecHarness, SingleLetterWordsUseTheUnderscoredHighByte) {
+    SimProgram p(lines({"DIM S AS WORD", "DIM SH AS BYTE", "Here:", "@ incf _SH,f", "END"}));
+    ASSERT_TRUE(p.ok()) << p.failure();
+    ASSERT_TRUE(p.runTo("Here"));
+    p.setWord("S", 0x0102);
+    p.setByte("SH", 7);
+    ASSERT_TRUE(p.runToEnd());
+    EXPECT_EQ(p.word("S"), 0x0202);
+    EXPECT_EQ(p.byte("SH"), 7);
+}
+
 TEST(ExecHarness, ReportsABuildThatFails) {
     SimProgram p(lines({"DIM A AS BYTE", "@ movwf undefined_name", "END"}));
     EXPECT_FALSE(p.ok());

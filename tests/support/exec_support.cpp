@@ -125,6 +125,11 @@ bool SimProgram::runToEnd(uint64_t maxCycles) {
     return !last.empty() && runTo(last, maxCycles);
 }
 
+// The high byte of a word: its name + "H" after the single-letter rule (S is _S, _SH).
+const SymbolEntry& SimProgram::highSymbol(const std::string& variable) const {
+    return symbol(normaliseName(upper(variable)) + "H");
+}
+
 const SymbolEntry& SimProgram::symbol(const std::string& variable) const {
     const SymbolEntry* e = compiled_.compilation->symbols.find(normaliseName(upper(variable)));
     if (!e) throw std::runtime_error("no variable " + variable);
@@ -141,7 +146,7 @@ int SimProgram::byte(const std::string& variable) const {
 }
 
 int SimProgram::word(const std::string& variable) const {
-    return pic_->peek(symbol(variable).address) | pic_->peek(symbol(variable + "H").address) << 8;
+    return pic_->peek(symbol(variable).address) | pic_->peek(highSymbol(variable).address) << 8;
 }
 
 int SimProgram::bit(const std::string& variable) const {
@@ -155,7 +160,7 @@ void SimProgram::setByte(const std::string& variable, int value) {
 
 void SimProgram::setWord(const std::string& variable, int value) {
     pic_->poke(symbol(variable).address, static_cast<uint8_t>(value));
-    pic_->poke(symbol(variable + "H").address, static_cast<uint8_t>(value >> 8));
+    pic_->poke(highSymbol(variable).address, static_cast<uint8_t>(value >> 8));
 }
 
 void SimProgram::setBit(const std::string& variable, int value) {

@@ -52,6 +52,7 @@ public:
 
 private:
     const SymbolEntry& symbol(const std::string& variable) const;
+    const SymbolEntry& highSymbol(const std::string& variable) const;
     void load(double mhz);
 
     std::string source_;
