@@ -37,13 +37,15 @@ bool reportedSince(const Compilation& c, int errorsBefore) {
 }
 
 // Operands that need the expression evaluator: several terms, a bracketed
-// or signed start, a function keyword or a macro with a result.
+// or signed start, WREG, a function keyword or a macro with a result.
 bool needsEvaluation(Compilation& c) {
     skipBlanks(c);
     char first = c.line.peek();
     if (!isIdentifierChar(first)) return first == '(' || first == '-';
     if (countTerms(c) > 1) return true;
     std::string word = peekWord(c);
+    // W is no variable: the evaluator copies it into the operand's register.
+    if (word == "WREG") return true;
     return lookupKeyword(word).keywordClass == kClassFunction || c.macroNames.contains(word);
 }
 

@@ -91,6 +91,12 @@ bool classifyBase(Compilation& c, bool report, std::string_view base) {
         c.operand = Operand{std::string(base), std::to_string(*v), kKindNum, *v, -1};
         return true;
     }
+    // W has no address: only expressions and assignments know how to read it.
+    if (base == "WREG" && !c.symbols.find("WREG")) {
+        if (report)
+            reportError(c, kErrText, "WREG cannot be used here. Copy it into a variable first");
+        return false;
+    }
     return findSymbol(c, normaliseName(base), report);
 }
 
