@@ -61,14 +61,9 @@ int main() {
     int exitCode = 0;
     for (int mhz : kDelayCrystals) {
         std::string failure;
-        std::vector<std::string> statements;
-        std::vector<double> micros;
-        for (int ms : {1, 100, 1000})
-            statements.push_back("DELAYMS " + std::to_string(ms)), micros.push_back(ms * 1000.0);
-        for (int us = 1; us <= 1000; ++us)
-            statements.push_back("DELAYUS " + std::to_string(us)), micros.push_back(us);
+        DelayStatements list = constantDelayStatements();
         std::vector<DelayMeasurement> constants =
-            measureStatements(mhz, statements, micros, failure);
+            measureStatements(mhz, list.statements, list.micros, failure);
         std::vector<int> bytes, words;
         for (int v = 1; v <= 255; ++v)
             bytes.push_back(v);

@@ -7,6 +7,14 @@
 namespace zorvel {
 namespace {
 
+// W = `high` plus the carry of the low bytes: `skip` is Skpnc after an add
+// (carry out) and Skpc after a subtract (borrow, carry clear).
+void loadHighWithCarry(Compilation& c, const BytePart& high, Op0 skip) {
+    loadW(c, high);
+    emitOp(c, skip);
+    emitOp(c, Op1::Addlw, "1");
+}
+
 // W = W + part. With `carry` the carry flag afterwards is the carry out.
 void applyAdd(Compilation& c, const BytePart& part, bool carry) {
     switch (part.kind) {
@@ -66,9 +74,7 @@ void addWordInPlace(Compilation& c, const Value& reg, const Value& other) {
         emitOp(c, Op0::Skpnc);
         return emitPlainIncf(c, rh);
     }
-    loadW(c, high);
-    emitOp(c, Op0::Skpnc);
-    emitOp(c, Op1::Addlw, "1");
+    loadHighWithCarry(c, high, Op0::Skpnc);
     emitOp(c, Op1::AddwfF, rh);
 }
 
@@ -87,9 +93,7 @@ void addWord(Compilation& c, const Operation& o) {
         emitOp(c, Op1::ClrF, dh);
         return emitOp(c, Op1::RlfF, dh);
     }
-    loadW(c, h1);
-    emitOp(c, Op0::Skpnc);
-    emitOp(c, Op1::Addlw, "1");
+    loadHighWithCarry(c, h1, Op0::Skpnc);
     applyAdd(c, h2, false);
     emitOp(c, Op1::MovWF, dh);
 }
@@ -144,9 +148,7 @@ void subtractWordInPlace(Compilation& c, const Value& reg, const Value& other) {
         emitOp(c, Op0::Skpc);
         return emitPlainDecf(c, rh);
     }
-    loadW(c, high);
-    emitOp(c, Op0::Skpc);
-    emitOp(c, Op1::Addlw, "1");
+    loadHighWithCarry(c, high, Op0::Skpc);
     emitOp(c, Op1::SubwfF, rh);
 }
 
@@ -178,9 +180,7 @@ void subtractWord(Compilation& c, const Operation& o) {
         emitOp(c, Op0::Skpc);
         return emitPlainDecf(c, dh);
     }
-    loadW(c, hb);
-    emitOp(c, Op0::Skpc);
-    emitOp(c, Op1::Addlw, "1");
+    loadHighWithCarry(c, hb, Op0::Skpc);
     applyReverseSubtract(c, ha);
     emitOp(c, Op1::MovWF, dh);
 }

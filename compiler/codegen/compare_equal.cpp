@@ -16,6 +16,18 @@ int zeroWhenHolds(Relation r) {
     return r == Relation::Equal ? 1 : 0;
 }
 
+// Finishes a two-part test once the high parts have set Z (set when they
+// match): a mismatch decides at once, else the low parts `x` - `y` decide.
+void lowPartsDecide(Compilation& c, Relation r, std::string_view x, std::string_view y,
+                    std::string_view label) {
+    bool equal = r == Relation::Equal;
+    std::string skip = equal ? compareLabel(c, "CP@LB") : std::string();
+    jumpOnZero(c, 0, equal ? std::string_view(skip) : label);
+    subtract(c, x, y);
+    jumpOnZero(c, zeroWhenHolds(r), label);
+    if (equal) emitLabel(c, skip);
+}
+
 } // namespace
 
 void equalByteByte(Compilation& c, Relation r, const Value& l, const Value& rt,
@@ -59,27 +71,17 @@ void equalByteBit(Compilation& c, Relation r, const Value& l, const Value& rt,
 // A word whose high byte is not zero differs from every byte.
 void equalByteWord(Compilation& c, Relation r, const Value& l, const Value& rt,
                    std::string_view label) {
-    bool equal = r == Relation::Equal;
-    std::string skip = equal ? compareLabel(c, "CP@LB") : std::string();
     emitClrwdt(c);
     emitOp(c, Op1::MovFF, highByte(rt));
-    jumpOnZero(c, 0, equal ? std::string_view(skip) : label);
-    subtract(c, l.name, rt.name);
-    jumpOnZero(c, zeroWhenHolds(r), label);
-    if (equal) emitLabel(c, skip);
+    lowPartsDecide(c, r, l.name, rt.name, label);
 }
 
 // High bytes first: when they differ the words differ.
 void equalWordWord(Compilation& c, Relation r, const Value& l, const Value& rt,
                    std::string_view label) {
-    bool equal = r == Relation::Equal;
-    std::string skip = equal ? compareLabel(c, "CP@LB") : std::string();
     emitClrwdt(c);
     subtract(c, highByte(rt), highByte(l));
-    jumpOnZero(c, 0, equal ? std::string_view(skip) : label);
-    subtract(c, rt.name, l.name);
-    jumpOnZero(c, zeroWhenHolds(r), label);
-    if (equal) emitLabel(c, skip);
+    lowPartsDecide(c, r, rt.name, l.name, label);
 }
 
 // W = left bit, then 1 - W when the right bit is set: zero when they match.

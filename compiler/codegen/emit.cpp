@@ -87,6 +87,15 @@ void emitByteBit(Compilation& c, std::string_view from, std::string_view to, int
     c.emit(join({"\tByte_Bit ", from, ",", to, ",", std::to_string(bit)}));
 }
 
+void emitFlagToBit(Compilation& c, Flag flag, std::string_view reg, int bit) {
+    bool carry = flag == Flag::Carry;
+    emitOp(c, Op1::SelectBank, reg);
+    emitOp(c, carry ? Op0::Skpnc : Op0::Skpndc);
+    emitBit(c, BitOp::Bsf, reg, bit);
+    emitOp(c, carry ? Op0::Skpc : Op0::Skpdc);
+    emitBit(c, BitOp::Bcf, reg, bit);
+}
+
 void emitTestAndJump(Compilation& c, int value, std::string_view reg, int bit,
                      std::string_view label) {
     c.emit(join({"\tT@G ", std::to_string(value), ",", reg, ",", std::to_string(bit), ",", label}));

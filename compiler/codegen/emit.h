@@ -87,6 +87,9 @@ void emitMovLF(Compilation& c, std::string_view literal, std::string_view reg);
 void emitWregBit(Compilation& c, std::string_view reg, int bit);
 void emitBitBit(Compilation& c, std::string_view from, int fromBit, std::string_view to, int toBit);
 void emitByteBit(Compilation& c, std::string_view from, std::string_view to, int bit);
+enum class Flag { Carry, DigitCarry };
+// Sets or clears bit `bit` of the banked register `reg` as the flag stands.
+void emitFlagToBit(Compilation& c, Flag flag, std::string_view reg, int bit);
 // Jumps to `label` when bit `bit` of `reg` equals `value` (0 or 1).
 void emitTestAndJump(Compilation& c, int value, std::string_view reg, int bit,
                      std::string_view label);

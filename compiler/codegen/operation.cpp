@@ -119,11 +119,7 @@ void emitInvertedBit(Compilation& c, const Value& from, const Value& d) {
     emitOp(c, Op0::Clrdc);
     emitBit(c, BitOp::BtfssBanked, from.name, from.bit);
     emitOp(c, Op0::Setdc);
-    emitOp(c, Op1::SelectBank, d.name);
-    emitOp(c, Op0::Skpndc);
-    emitBit(c, BitOp::Bsf, d.name, d.bit);
-    emitOp(c, Op0::Skpdc);
-    emitBit(c, BitOp::Bcf, d.name, d.bit);
+    emitFlagToBit(c, Flag::DigitCarry, d.name, d.bit);
 }
 
 } // namespace

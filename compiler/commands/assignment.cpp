@@ -136,16 +136,8 @@ void swapBits(Compilation& c, const Value& a, const Value& b) {
     emitOp(c, Op0::Clrc);
     emitBit(c, BitOp::BtfscBanked, b.name, b.bit);
     emitOp(c, Op0::Setc);
-    emitOp(c, Op1::SelectBank, a.name);
-    emitOp(c, Op0::Skpnc);
-    emitBit(c, BitOp::Bsf, a.name, a.bit);
-    emitOp(c, Op0::Skpc);
-    emitBit(c, BitOp::Bcf, a.name, a.bit);
-    emitOp(c, Op1::SelectBank, b.name);
-    emitOp(c, Op0::Skpndc);
-    emitBit(c, BitOp::Bsf, b.name, b.bit);
-    emitOp(c, Op0::Skpdc);
-    emitBit(c, BitOp::Bcf, b.name, b.bit);
+    emitFlagToBit(c, Flag::Carry, a.name, a.bit);
+    emitFlagToBit(c, Flag::DigitCarry, b.name, b.bit);
 }
 
 void swapValues(Compilation& c, const Value& a, const Value& b) {

@@ -6,6 +6,23 @@
 #include "compiler/library/runtime_routines.h"
 
 namespace zorvel {
+namespace {
+
+// toH:to plus (or minus) fromH:from. The carry (or borrow) of the low bytes
+// goes into W as fromH + 1; "incfsz" skips the high update when that wraps
+// to 0, which leaves the high byte as it would be anyway.
+void writeWordStep(LibraryOutput& out, bool subtract, const std::string& from,
+                   const std::string& fromH, const std::string& to, const std::string& toH) {
+    std::string op = subtract ? "\tsubwf " : "\taddwf ";
+    out.add("\tmovfw " + from);
+    out.add(op + to + ",f");
+    out.add("\tmovfw " + fromH);
+    out.add(subtract ? "\tskpc" : "\tskpnc");
+    out.add("\tincfsz " + fromH + ",w");
+    out.add(op + toH + ",f");
+}
+
+} // namespace
 
 // 16 by 16 bit unsigned division by shift and restoring subtraction.
 // Dividend PP0H:PP0, divisor PP1H:PP1; quotient in PP0H:PP0 (W = low byte),
@@ -23,19 +40,9 @@ void writeDivide(Compilation& c, LibraryOutput& out) {
     out.add("\trlf " + pp0h + ",w");
     out.add("\trlf " + pp2 + ",f");
     out.add("\trlf " + pp2h + ",f");
-    out.add("\tmovfw " + pp1);
-    out.add("\tsubwf " + pp2 + ",f");
-    out.add("\tmovfw " + pp1h);
-    out.add("\tskpc");
-    out.add("\tincfsz " + pp1h + ",w");
-    out.add("\tsubwf " + pp2h + ",f");
+    writeWordStep(out, true, pp1, pp1h, pp2, pp2h);
     out.add("\tbc $+8");
-    out.add("\tmovfw " + pp1);
-    out.add("\taddwf " + pp2 + ",f");
-    out.add("\tmovfw " + pp1h);
-    out.add("\tskpnc");
-    out.add("\tincfsz " + pp1h + ",w");
-    out.add("\taddwf " + pp2h + ",f");
+    writeWordStep(out, false, pp1, pp1h, pp2, pp2h);
     out.add("\tclrc");
     out.add("\trlf " + pp0 + ",f");
     out.add("\trlf " + pp0h + ",f");
@@ -60,12 +67,7 @@ void writeMultiply(Compilation& c, LibraryOutput& out) {
     out.add("\trrf " + regAddress(c, "PP3H") + ",f");
     out.add("\trrf " + regAddress(c, "PP3") + ",f");
     out.add("\tbnc $+7");
-    out.add("\tmovfw " + pp1);
-    out.add("\taddwf " + pp0 + ",f");
-    out.add("\tmovfw " + pp1h);
-    out.add("\tskpnc");
-    out.add("\tincfsz " + pp1h + ",w");
-    out.add("\taddwf " + pp0h + ",f");
+    writeWordStep(out, false, pp1, pp1h, pp0, pp0h);
     out.add("\trrf " + pp0h + ",f");
     out.add("\trrf " + pp0 + ",f");
     out.add("\trrf " + pp2h + ",f");

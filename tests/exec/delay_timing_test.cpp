@@ -31,16 +31,12 @@ double error(const DelayMeasurement& m) {
 }
 
 void checkConstants(int mhz) {
-    std::vector<std::string> statements;
-    std::vector<double> micros;
-    for (int ms : {1, 100, 1000})
-        statements.push_back("DELAYMS " + std::to_string(ms)), micros.push_back(ms * 1000.0);
-    for (int us = 1; us <= 1000; ++us)
-        statements.push_back("DELAYUS " + std::to_string(us)), micros.push_back(us);
+    DelayStatements list = constantDelayStatements();
     std::string failure;
-    std::vector<DelayMeasurement> ms = measureStatements(mhz, statements, micros, failure);
+    std::vector<DelayMeasurement> ms =
+        measureStatements(mhz, list.statements, list.micros, failure);
     ASSERT_TRUE(failure.empty()) << failure;
-    ASSERT_EQ(ms.size(), statements.size());
+    ASSERT_EQ(ms.size(), list.statements.size());
     std::map<std::string, double> known = knownConstantErrors(mhz);
     for (const DelayMeasurement& m : ms) {
         auto k = known.find(m.statement);

@@ -61,6 +61,16 @@ double cyclesFor(double micros, int mhz) {
     return micros * mhz / 4.0;
 }
 
+DelayStatements constantDelayStatements() {
+    DelayStatements out;
+    for (int ms : {1, 100, 1000})
+        out.statements.push_back("DELAYMS " + std::to_string(ms)),
+            out.micros.push_back(ms * 1000.0);
+    for (int us = 1; us <= 1000; ++us)
+        out.statements.push_back("DELAYUS " + std::to_string(us)), out.micros.push_back(us);
+    return out;
+}
+
 std::vector<DelayMeasurement> measureStatements(int mhz, const std::vector<std::string>& statements,
                                                 const std::vector<double>& micros,
                                                 std::string& failure) {

@@ -27,6 +27,15 @@ bool withinTolerance(const DelayMeasurement& m);
 // Instruction cycles in `micros` microseconds at `mhz`.
 double cyclesFor(double micros, int mhz);
 
+// Statements with constant times and the time each requests in us.
+struct DelayStatements {
+    std::vector<std::string> statements;
+    std::vector<double> micros;
+};
+
+// DELAYMS 1, 100 and 1000, then DELAYUS 1 to 1000.
+DelayStatements constantDelayStatements();
+
 // Each statement between its own pair of labels, split into programs that
 // fit the 16F84's program memory (and its 1000 labels). `micros` gives each requested time.
 // `failure` is set when a program does not build or a run does not finish.

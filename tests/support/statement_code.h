@@ -4,6 +4,9 @@
 
 #include "support/test_support.h"
 
+#include <cctype>
+#include <gtest/gtest.h>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -47,5 +50,48 @@ inline std::vector<std::string> statementCode(const std::string& statement) {
 inline std::vector<std::string> statementMessages(const std::string& statement) {
     return compileSource(statementProgram(statement)).messages;
 }
+
+// The lines of `source` past those its leading `head` emits alone, without
+// the END line.
+inline Lines linesAfter(const std::string& head, const std::string& source) {
+    Lines before = statementLines(head);
+    Lines all = statementLines(source);
+    EXPECT_GE(all.size(), before.size()) << source;
+    if (all.size() < before.size()) return all;
+    return Lines(all.begin() + static_cast<long>(before.size()), all.end());
+}
+
+// The message a statement raises, in the frame of its line (upper-cased as
+// the compiler echoes it).
+inline std::string statementError(const std::string& statement, const std::string& what) {
+    std::string upper = statement;
+    for (char& ch : upper)
+        ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
+    return frame(statementLine(), upper, what);
+}
+
+// A statement and the exact lines it must emit.
+struct CodeCase {
+    const char* name;
+    const char* statement;
+    Lines expected;
+};
+
+inline void PrintTo(const CodeCase& c, std::ostream* os) {
+    *os << c.statement;
+}
+
+// Names a parameterised case by its `name` field.
+inline constexpr auto caseName = [](const auto& info) { return std::string(info.param.name); };
+
+// The base of the exact-code tables: the lines must match and the statement
+// must raise no message.
+class StatementCodeTest : public testing::TestWithParam<CodeCase> {
+protected:
+    static void expectExactCode(const CodeCase& tc) {
+        EXPECT_EQ(statementCode(tc.statement), tc.expected) << tc.statement;
+        EXPECT_TRUE(statementMessages(tc.statement).empty()) << tc.statement;
+    }
+};
 
 } // namespace zorvel::test

@@ -5,11 +5,22 @@
 #include "compiler/driver/compilation.h"
 
 #include <filesystem>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace zorvel::test {
+
+using Lines = std::vector<std::string>;
+
+// The parts one after the other.
+inline Lines join(std::initializer_list<Lines> parts) {
+    Lines out;
+    for (const Lines& p : parts)
+        out.insert(out.end(), p.begin(), p.end());
+    return out;
+}
 
 // A scratch folder removed when the object goes.
 class TempDir {

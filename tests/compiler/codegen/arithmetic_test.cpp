@@ -5,40 +5,17 @@
 
 #include <gtest/gtest.h>
 
-namespace zorvel {
+namespace zorvel::test {
 namespace {
 
-using Lines = std::vector<std::string>;
-
-struct CodeCase {
-    const char* name;
-    const char* statement;
-    Lines expected;
-};
-
-void PrintTo(const CodeCase& c, std::ostream* os) {
-    *os << c.statement;
-}
-
-class OperationCode : public testing::TestWithParam<CodeCase> {};
+class OperationCode : public StatementCodeTest {};
 
 TEST_P(OperationCode, EmitsExactLines) {
-    const CodeCase& tc = GetParam();
-    EXPECT_EQ(test::statementCode(tc.statement), tc.expected) << tc.statement;
-    EXPECT_TRUE(test::statementMessages(tc.statement).empty()) << tc.statement;
-}
-
-std::string caseName(const testing::TestParamInfo<CodeCase>& info) {
-    return info.param.name;
+    expectExactCode(GetParam());
 }
 
 const Lines kCallMultiplyBytes = {"\tMov@fw _A",  "\tMov@wf PP3", "\tClr@F PP3H", "\tMov@fw _B",
                                   "\tMov@wf PP1", "\tClr@F PP1H", "\tF@C m@py"};
-
-Lines concat(Lines a, const Lines& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
 
 INSTANTIATE_TEST_SUITE_P(
     Add, OperationCode,
@@ -156,15 +133,15 @@ INSTANTIATE_TEST_SUITE_P(
                  {"\tMov@fw _A", "\tMov@wf W1", "\tClr@F W1H", "\tClrc", "\tRlf@F W1",
                   "\tRlf@F W1H", "\tClrc", "\tRlf@F W1", "\tRlf@F W1H", "\tClrc", "\tRlf@F W1",
                   "\tRlf@F W1H"}},
-        CodeCase{"ByteByteCall", "X = A * B", concat(kCallMultiplyBytes, {"\tMov@wf _X"})},
+        CodeCase{"ByteByteCall", "X = A * B", join({kCallMultiplyBytes, {"\tMov@wf _X"}})},
         CodeCase{"ByteByteToWord", "W1 = A * B",
-                 concat(kCallMultiplyBytes, {"\tMov@wf W1", "\tMov@fw PP2H", "\tMov@wf W1H"})},
+                 join({kCallMultiplyBytes, {"\tMov@wf W1", "\tMov@fw PP2H", "\tMov@wf W1H"}})},
         CodeCase{"High", "W1 = A ** B",
-                 concat(kCallMultiplyBytes,
-                        {"\tMov@fw PP0", "\tMov@wf W1", "\tMov@fw PP0H", "\tMov@wf W1H"})},
+                 join({kCallMultiplyBytes,
+                       {"\tMov@fw PP0", "\tMov@wf W1", "\tMov@fw PP0H", "\tMov@wf W1H"}})},
         CodeCase{"Middle", "W1 = A */ B",
-                 concat(kCallMultiplyBytes,
-                        {"\tMov@fw PP2H", "\tMov@wf W1", "\tMov@fw PP0", "\tMov@wf W1H"})},
+                 join({kCallMultiplyBytes,
+                       {"\tMov@fw PP2H", "\tMov@wf W1", "\tMov@fw PP0", "\tMov@wf W1H"}})},
         CodeCase{"ConstTimesBit",
                  "X = 7 * F",
                  {"\tMovlw 7", "\tBtf@ss B@VR1,0", "\tClrw", "\tMov@wf _X"}},
@@ -220,12 +197,11 @@ class BitRefusals : public testing::TestWithParam<BitRefusal> {};
 
 TEST_P(BitRefusals, ReportAndEmitNothing) {
     const BitRefusal& tc = GetParam();
-    std::string upper = tc.statement;
-    EXPECT_EQ(test::statementMessages(tc.statement),
-              Lines{test::frame(test::statementLine(), upper,
-                                std::string("This BIT type expression not supported in ") +
-                                    tc.operation)});
-    EXPECT_TRUE(test::statementCode(tc.statement).empty());
+    EXPECT_EQ(statementMessages(tc.statement),
+              Lines{statementError(tc.statement,
+                                   std::string("This BIT type expression not supported in ") +
+                                       tc.operation)});
+    EXPECT_TRUE(statementCode(tc.statement).empty());
 }
 
 INSTANTIATE_TEST_SUITE_P(Operators, BitRefusals,
@@ -236,7 +212,7 @@ INSTANTIATE_TEST_SUITE_P(Operators, BitRefusals,
                                          BitRefusal{"ShiftLeft", "X = F << 1", "SHIFT LEFT"},
                                          BitRefusal{"ShiftRight", "X = A >> F", "SHIFT RIGHT"},
                                          BitRefusal{"Divisor", "X = A / F", "DIVIDE"}),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         caseName);
 
 TEST(OperationDispatch, TypePairCodesAndTokens) {
     Value byte{"A", kKindByte, -1}, num{"3", kKindNum, -1}, word{"W", kKindWord, -1};
@@ -258,4 +234,4 @@ TEST(OperationDispatch, FoldsLikeTheRuntime) {
 }
 
 } // namespace
-} // namespace zorvel
+} // namespace zorvel::test

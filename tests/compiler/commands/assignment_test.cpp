@@ -3,27 +3,13 @@
 
 #include <gtest/gtest.h>
 
-namespace zorvel {
+namespace zorvel::test {
 namespace {
 
-using Lines = std::vector<std::string>;
-
-struct CodeCase {
-    const char* name;
-    const char* statement;
-    Lines expected;
-};
-
-void PrintTo(const CodeCase& c, std::ostream* os) {
-    *os << c.statement;
-}
-
-class AssignmentCode : public testing::TestWithParam<CodeCase> {};
+class AssignmentCode : public StatementCodeTest {};
 
 TEST_P(AssignmentCode, EmitsExactLines) {
-    const CodeCase& tc = GetParam();
-    EXPECT_EQ(test::statementCode(tc.statement), tc.expected) << tc.statement;
-    EXPECT_TRUE(test::statementMessages(tc.statement).empty()) << tc.statement;
+    expectExactCode(GetParam());
 }
 
 const Lines kSwapBytes = {"\tMov@fw _A", "\tSubwf@W _B", "\tAddwf@F _A", "\tSubwf@F _B"};
@@ -87,7 +73,7 @@ INSTANTIATE_TEST_SUITE_P(
                   "\tS@B B@VR1", "\tSkpnc", "\tBsf B@VR1,0", "\tSkpc", "\tBcf B@VR1,0",
                   "\tS@B B@VR1", "\tSkpndc", "\tBsf B@VR1,1", "\tSkpdc", "\tBcf B@VR1,1"}},
         CodeCase{"SwapWithWreg", "SWAP WREG, A", {"\tXorwf@F _A", "\tXorwf@W _A", "\tXorwf@F _A"}}),
-    [](const auto& info) { return std::string(info.param.name); });
+    caseName);
 
 struct ErrorCase {
     const char* name;
@@ -99,11 +85,7 @@ class AssignmentErrors : public testing::TestWithParam<ErrorCase> {};
 
 TEST_P(AssignmentErrors, ReportExactMessage) {
     const ErrorCase& tc = GetParam();
-    std::string upper = tc.statement;
-    for (char& ch : upper)
-        ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
-    EXPECT_EQ(test::statementMessages(tc.statement),
-              Lines{test::frame(test::statementLine(), upper, tc.message)});
+    EXPECT_EQ(statementMessages(tc.statement), Lines{statementError(tc.statement, tc.message)});
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -137,7 +119,7 @@ INSTANTIATE_TEST_SUITE_P(
         ErrorCase{"SwapUnknown", "SWAP A, NOPE", " Variable ' NOPE ' not defined"},
         ErrorCase{"SwapArray", "SWAP ARR[1], A", "ARRAY variables not supported in SWAP"},
         ErrorCase{"SwapWregBit", "SWAP WREG, F", "SWAP of WREG with a BIT is not supported"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    caseName);
 
 } // namespace
-} // namespace zorvel
+} // namespace zorvel::test

@@ -2,15 +2,13 @@
 // lines a statement emits after them.
 #pragma once
 
-#include "support/test_support.h"
+#include "support/statement_code.h"
 
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
 namespace zorvel::test {
-
-using Lines = std::vector<std::string>;
 
 // Bytes A and B, words W and V (low byte _W, high byte _WH), bits F and G
 // (bits 0 and 1 of B@VR1), BYTE I and WORD J for loops, WORD K.
@@ -21,13 +19,9 @@ inline const std::string kDeclarations = "DIM A AS BYTE\nDIM B AS BYTE\nDIM W AS
 // The lines that `statements` emit after `head` (device and declarations),
 // without the END line. Fails the test when compiling reports an error.
 inline Lines emittedAfter(const std::string& head, const std::string& statements) {
-    Lines before = statementLines(head);
     CompileResult r = compileSource(head + statements);
     EXPECT_EQ(r.errors, 0) << statements << "\n" << (r.messages.empty() ? "" : r.messages[0]);
-    Lines all = statementLines(head + statements);
-    EXPECT_GE(all.size(), before.size());
-    if (all.size() < before.size()) return all;
-    return Lines(all.begin() + static_cast<long>(before.size()), all.end());
+    return linesAfter(head, head + statements);
 }
 
 inline Lines emitted(const std::string& statements) {

@@ -28,12 +28,10 @@ const std::string kJumpEq = "\tT@G 1,STATUS,2,I@Lb2";
 const std::string kJumpNe = "\tT@G 0,STATUS,2,I@Lb2";
 const std::string kJumpCarry = "\tT@G 1,STATUS,0,I@Lb2";
 const std::string kJumpNoCarry = "\tT@G 0,STATUS,0,I@Lb2";
-const std::string kWordToPP0[] = {"\tMov@fw _W", "\tMov@wf PP0", "\tMov@fw _WH", "\tMov@wf PP0H"};
+const Lines kWordToPP0 = {"\tMov@fw _W", "\tMov@wf PP0", "\tMov@fw _WH", "\tMov@wf PP0H"};
 
-Lines withWordInPP0(Lines tail) {
-    Lines out(std::begin(kWordToPP0), std::end(kWordToPP0));
-    out.insert(out.end(), tail.begin(), tail.end());
-    return out;
+Lines withWordInPP0(const Lines& tail) {
+    return join({kWordToPP0, tail});
 }
 
 INSTANTIATE_TEST_SUITE_P(

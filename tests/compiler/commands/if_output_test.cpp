@@ -21,13 +21,6 @@ TEST_P(IfOutput, EmitsExactLines) {
 const Lines kAEqualsB = {"\tClrwdt", "\tMov@fw _A", "\tSubwf@W _B", "\tT@G 0,STATUS,2,I@Lb2"};
 const Lines kAAbove5 = {"\tClrwdt", "\tMovlw 6", "\tSubwf@W _A", "\tT@G 0,STATUS,0,I@Lb2"};
 
-Lines join(std::initializer_list<Lines> parts) {
-    Lines out;
-    for (const Lines& p : parts)
-        out.insert(out.end(), p.begin(), p.end());
-    return out;
-}
-
 INSTANTIATE_TEST_SUITE_P(
     Forms, IfOutput,
     ::testing::Values(

@@ -4,14 +4,12 @@
 #include "compiler/frontend/statement.h"
 #include "compiler/library/library_writer.h"
 #include "compiler/library/runtime_marks.h"
-#include "support/test_support.h"
+#include "support/statement_code.h"
 
 #include <gtest/gtest.h>
 
 namespace zorvel::test {
 namespace {
-
-using Lines = std::vector<std::string>;
 
 const std::string kDeclarations = "DEVICE 16F84\nDIM BV AS BYTE\nDIM DUR AS WORD\nDIM FLG AS BIT\n"
                                   "DIM ARR[4] AS BYTE\nSYMBOL SHORT = 5\n";
@@ -29,26 +27,14 @@ void PrintTo(const TimingCase& t, std::ostream* os) {
     *os << t.source;
 }
 
-// The lines of the statements after the declarations.
-Lines statementOutput(const std::string& source) {
-    Lines all = statementLines(source);
-    Lines declarations = statementLines(kDeclarations);
-    if (all.size() < declarations.size()) return all;
-    return Lines(all.begin() + static_cast<long>(declarations.size()), all.end());
-}
-
 class TimingLines : public testing::TestWithParam<TimingCase> {};
 
 TEST_P(TimingLines, Emitted) {
-    EXPECT_EQ(statementOutput(GetParam().source), GetParam().expected) << GetParam().source;
+    EXPECT_EQ(linesAfter(kDeclarations, GetParam().source), GetParam().expected)
+        << GetParam().source;
 }
 
 const Lines kLoop7 = {"\tMovlw 7", "\tMov@wf PP0", "\tDecfsz PP0,F", "\tGoto $-1"};
-
-Lines plus(Lines a, const Lines& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
 
 INSTANTIATE_TEST_SUITE_P(
     Timing, TimingLines,
@@ -87,7 +73,7 @@ INSTANTIATE_TEST_SUITE_P(
         TimingCase{at(4, "DELAYUS 0"), {"; Blank "}}, TimingCase{at(20, "DELAYUS 0"), {"; Blank "}},
         TimingCase{at(4, "DELAYUS 1"), {"\tNop"}},
         TimingCase{at(4, "DELAYUS 3"), {"\tNop", "\tGoto $+1"}},
-        TimingCase{at(4, "PAUSEUS 23"), plus(kLoop7, {"\tNop", "\tNop"})},
+        TimingCase{at(4, "PAUSEUS 23"), join({kLoop7, {"\tNop", "\tNop"}})},
         TimingCase{at(4, "DELAYUS SHORT"), {"\tGoto $+1", "\tGoto $+1", "\tNop"}},
         TimingCase{at(8, "DELAYUS 11"), kLoop7},
         TimingCase{at(10, "DELAYUS 7"),

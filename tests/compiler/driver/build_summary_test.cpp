@@ -7,8 +7,6 @@
 namespace zorvel::test {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 // A 16F877 program padded with `nops` one-word instructions.
 std::string paddedProgram(int nops, bool bootloader = true) {
     std::string s = "DEVICE 16F877\n";

@@ -7,7 +7,6 @@
 namespace zorvel::test {
 namespace {
 
-using Lines = std::vector<std::string>;
 namespace fs = std::filesystem;
 
 // A home folder with the default device's files.

@@ -8,8 +8,6 @@
 namespace zorvel::test {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 struct DeclCase {
     const char* name;
     std::string source;

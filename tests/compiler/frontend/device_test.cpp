@@ -9,8 +9,6 @@
 namespace zorvel::test {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 int addressOf(const Compilation& c, const std::string& name) {
     const SymbolEntry* e = c.symbols.find(name);
     return e ? e->address : -999;

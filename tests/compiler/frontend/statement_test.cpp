@@ -9,8 +9,6 @@
 namespace zorvel::test {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 struct OutputCase {
     const char* name;
     std::string source;

@@ -18,7 +18,6 @@ namespace zorvel::test {
 namespace {
 
 namespace fs = std::filesystem;
-using Lines = std::vector<std::string>;
 
 // gpasm on PATH, or an empty path.
 fs::path findGpasm() {

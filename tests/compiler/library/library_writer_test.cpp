@@ -10,8 +10,6 @@
 namespace zorvel::test {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 // Lines written with the escapes "\t" and "\r\n" spelled out, one per text line.
 Lines unescape(std::string_view text) {
     Lines out;

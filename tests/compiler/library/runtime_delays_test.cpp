@@ -11,8 +11,6 @@
 namespace zorvel::test {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 // The runtime section written for a 16F84 at `mhz` with `marks` set
 // (PP0 20, PP0H 21, PP1 22, PP1H 23, GEN4 18, GEN4H 19, BPF 37, BPFH 38).
 Lines runtimeAt(int mhz, std::initializer_list<Group> marks, const std::string& extra = "") {

@@ -13,8 +13,6 @@ namespace {
 
 using Relation = zorvel::Test; // testing::Test hides the name inside TEST bodies
 
-using Lines = std::vector<std::string>;
-
 // A compilation of `source` (a 16F84 unless the source says otherwise) with
 // its need marks cleared, ready for marks set by the test.
 struct Runtime {
