@@ -44,13 +44,8 @@ bool liesInOneBank(const Compilation& c, int first, int last) {
     return false;
 }
 
-std::optional<Element> arrayOf(Compilation& c, const std::string& text) {
-    if (!classifyOperand(c, true, text)) return std::nullopt;
+Element describeArray(const Compilation& c) {
     const Operand& op = c.operand;
-    if (op.kind != kKindByteArray) {
-        reportError(c, kErrText, "Variable '" + text + "' is not an ARRAY");
-        return std::nullopt;
-    }
     Element e;
     e.array = op.target;
     e.base = op.address;
@@ -61,6 +56,15 @@ std::optional<Element> arrayOf(Compilation& c, const std::string& text) {
     bool consecutive = last->address - e.base == e.length - 1;
     e.inlineAccess = consecutive && liesInOneBank(c, e.base, last->address);
     return e;
+}
+
+std::optional<Element> arrayOf(Compilation& c, const std::string& text) {
+    if (!classifyOperand(c, true, text)) return std::nullopt;
+    if (c.operand.kind != kKindByteArray) {
+        reportError(c, kErrText, "Variable '" + text + "' is not an ARRAY");
+        return std::nullopt;
+    }
+    return describeArray(c);
 }
 
 bool constantIndex(Compilation& c, Element& e, int value) {
@@ -197,6 +201,11 @@ void writeThroughRoutine(Compilation& c, const Element& e, const Value& v) {
 }
 
 } // namespace
+
+std::optional<Element> wholeArray(Compilation& c, const std::string& text) {
+    if (!classifyOperand(c, true, text) || c.operand.kind != kKindByteArray) return std::nullopt;
+    return describeArray(c);
+}
 
 bool elementFollows(Compilation& c) {
     skipBlanks(c);

@@ -22,6 +22,9 @@ struct Element {
     int temporaries = 0;      // numbered temporaries held for the index
 };
 
+// The BYTE array named `text` (its index still unset); nullopt after reporting.
+std::optional<Element> wholeArray(Compilation& c, const std::string& text);
+
 // Whether an array element follows the cursor (the operand just read was
 // followed by "[").
 bool elementFollows(Compilation& c);

@@ -83,5 +83,34 @@ TEST(ArraysExec, EveryBankAndEveryGap) {
     checkArrays("16F877", arrays);
 }
 
+// STR copies exactly the given count (through get@array and put@array for
+// arrays that cross a bank gap) and fills from texts and lists.
+TEST(ArraysExec, StrCopiesAndFills) {
+    std::string source =
+        "DEVICE 16F877\nDIM BV AS BYTE\nDIM PAD[30]\nDIM SRC[40]\nDIM MID[20]\nDIM LO1\n"
+        "DIM DST[70]\nDIM HI1\nDIM TXT[5]\nDIM LST[3]\nDIM HI2\n"
+        "LO1 = 85 : HI1 = 170 : HI2 = 170 : BV = 77\n"
+        "FOR BV = 0 TO 39\nSRC[BV] = BV + 50\nNEXT\n"
+        "FOR BV = 0 TO 69\nDST[BV] = 9\nNEXT\n"
+        "STR DST = STR SRC \\ 40\nSTR TXT = \"Ab'c\"\nBV = 77\nSTR LST = 3, BV, 200\nEND\n";
+    SimProgram p(source);
+    ASSERT_TRUE(p.ok()) << p.failure() << "\n" << source;
+    EXPECT_LT(p.address("SRC#0"), 128) << "SRC should cross into bank 1";
+    EXPECT_GE(p.address("SRC#39"), 160);
+    ASSERT_TRUE(p.runToEnd()) << source;
+    for (int i = 0; i < 70; ++i)
+        EXPECT_EQ(p.byte("DST#" + std::to_string(i)), i < 40 ? i + 50 : 9) << i << "\n" << source;
+    EXPECT_EQ(p.byte("LO1"), 85);
+    EXPECT_EQ(p.byte("HI1"), 170);
+    std::string text = "Ab'c";
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(p.byte("TXT#" + std::to_string(i)), text[static_cast<size_t>(i)]) << i;
+    EXPECT_EQ(p.byte("TXT#4"), 0);
+    EXPECT_EQ(p.byte("LST#0"), 3);
+    EXPECT_EQ(p.byte("LST#1"), 77);
+    EXPECT_EQ(p.byte("LST#2"), 200);
+    EXPECT_EQ(p.byte("HI2"), 170);
+}
+
 } // namespace
 } // namespace zorvel::test

@@ -128,3 +128,36 @@ INSTANTIATE_TEST_SUITE_P(
 
 } // namespace
 } // namespace zorvel::test
+
+namespace zorvel::test {
+namespace {
+
+INSTANTIATE_TEST_SUITE_P(
+    Str, ArrayLines,
+    testing::Values(ArrayCase{"STR ARR = \"Hi'\"",
+                              {"\tMovlw 'H'", "\tMov@wf ARR#0", "\tMovlw 'i'", "\tMov@wf ARR#1",
+                               "\tMovlw '\\''", "\tMov@wf ARR#2"}},
+                    ArrayCase{"STR ARR = 1, BV, FLG, 0",
+                              {"\tMovlw 1", "\tMov@wf ARR#0", "\tMov@fw BV", "\tMov@wf ARR#1",
+                               "\tClrw", "\tBtf@sc B@VR1,0", "\tMovlw 1", "\tMov@wf ARR#2",
+                               "\tClrw", "\tMov@wf ARR#3"}},
+                    ArrayCase{"STR ARR = STR SPAN \\ 3",
+                              {"N@VAR7 = 298", "\tClr@F N@VAR7", "Pb@lab2 R@B", "\tMovlw SPAN",
+                               "\tMov@wf GEN3H", "\tMov@fw N@VAR7", "\tF@C get@array",
+                               "\tMov@wf PP7", "\tMov@fw N@VAR7", "\tAddlw ARR", "\tMovwf FSR",
+                               "\tMov@fw PP7", "\tMovwf INDF", "\tIncf@F N@VAR7", "\tMov@fw N@VAR7",
+                               "\tSublw 3", "\tT@G 0,STATUS,2,Pb@lab2"}}));
+
+INSTANTIATE_TEST_SUITE_P(
+    Str, ArrayErrors,
+    testing::Values(
+        ArrayError{"STR BV = 1", "Syntax Error"}, ArrayError{"STR ARR 1", "Operator missing"},
+        ArrayError{"STR ARR = STR BV", "Must be a BYTE ARRAY variable for STR directive"},
+        ArrayError{"STR ARR = STR SPAN \\ BV", "Must be a constant value for STR length"},
+        ArrayError{"STR ARR = STR SPAN \\ 11", "STR length must be 1 to the length of both ARRAYs"},
+        ArrayError{"STR HIGHARR = \"abcde\"", "Too many values for the length of the ARRAY"},
+        ArrayError{"STR HIGHARR = 1, 2, 3, 4, 5", "Too many values for the length of the ARRAY"},
+        ArrayError{"STR ARR = \"abc", "End Quote Expected"}));
+
+} // namespace
+} // namespace zorvel::test
