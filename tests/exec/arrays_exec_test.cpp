@@ -23,12 +23,15 @@ int expectedElement(const ArraySpec& a, int i) {
     return i + 8 + (i == 1 ? 3 : 0);
 }
 
-std::string arrayProgram(const std::string& device, const std::vector<ArraySpec>& arrays) {
+std::string arrayProgram(const std::string& device, const std::vector<ArraySpec>& arrays,
+                         bool handler = false) {
     std::ostringstream s;
-    s << "DEVICE " << device << "\nDIM IX AS BYTE\nDIM WX AS WORD\nDIM V AS BYTE\nDIM FB AS BIT\n";
+    s << "DEVICE " << device << (handler ? "\nON_INTERRUPT isr" : "")
+      << "\nDIM IX AS BYTE\nDIM WX AS WORD\nDIM V AS BYTE\nDIM FB AS BIT\n";
     for (const ArraySpec& a : arrays)
         s << "DIM LO" << a.name << "\nDIM " << a.name << "[" << a.size << "]\nDIM HI" << a.name
           << "\n";
+    if (handler) s << "GOTO MAINPART\nisr:\nMAINPART:\n";
     s << "FB = 1\n";
     for (const ArraySpec& a : arrays) {
         const std::string& n = a.name;
@@ -44,8 +47,9 @@ std::string arrayProgram(const std::string& device, const std::vector<ArraySpec>
     return s.str();
 }
 
-void checkArrays(const std::string& device, const std::vector<ArraySpec>& arrays) {
-    std::string source = arrayProgram(device, arrays);
+void checkArrays(const std::string& device, const std::vector<ArraySpec>& arrays,
+                 bool handler = false) {
+    std::string source = arrayProgram(device, arrays, handler);
     SimProgram p(source);
     ASSERT_TRUE(p.ok()) << p.failure() << "\n" << source;
     ASSERT_TRUE(p.runToEnd()) << source;
@@ -81,6 +85,22 @@ TEST(ArraysExec, EveryBankAndEveryGap) {
     EXPECT_GE(p.address("A6#59"), 400);
     EXPECT_GE(p.address("A7#0"), 400);
     checkArrays("16F877", arrays);
+}
+
+// With an interrupt handler the allocator leaves out the save bytes at 160
+// and 288; an array with 288 inside it goes through find@address.
+TEST(ArraysExec, AroundInterruptSaveBytes) {
+    std::vector<ArraySpec> arrays = {{"A1", 50}, {"A2", 60}, {"A3", 45}, {"A4", 20}};
+    std::string source = arrayProgram("16F877", arrays, true);
+    SimProgram p(source);
+    ASSERT_TRUE(p.ok()) << p.failure() << "\n" << source;
+    // A2 runs from bank 0 over the gap and the save byte at 160; A3 from bank 1
+    // over the gap into bank 2 and over the save byte at 288.
+    EXPECT_LT(p.address("A2#0"), 128) << source;
+    EXPECT_GT(p.address("A2#59"), 160) << source;
+    EXPECT_LT(p.address("A3#0"), 240) << source;
+    EXPECT_GT(p.address("A3#44"), 288) << source;
+    checkArrays("16F877", arrays, true);
 }
 
 // STR copies exactly the given count (through get@array and put@array for
