@@ -5,6 +5,7 @@
 #include "compiler/commands/command_routes.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
+#include "compiler/frontend/const_expr.h"
 #include "compiler/frontend/expression.h"
 #include "compiler/frontend/keywords.h"
 #include "compiler/frontend/lexer.h"
@@ -99,6 +100,11 @@ std::optional<Value> elementSource(Compilation& c) {
                 return Value{op.target, kKindByte, -1};
         }
         c.line.pos = start;
+    }
+    if (countTerms(c) > 1 && c.termScan.allConstant) {
+        std::optional<int32_t> v = evaluateConstExpr(c);
+        if (!v) return std::nullopt;
+        return Value{std::to_string(*v & 255), kKindNum, -1};
     }
     Value pp7{"PP7", kKindWord, -1};
     int errors = c.ctx.errorCount;

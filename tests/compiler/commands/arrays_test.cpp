@@ -78,6 +78,8 @@ INSTANTIATE_TEST_SUITE_P(
                   {"N@VAR7 = 298", "\tIncf@W IX", "\tMov@wf N@VAR7", "\tMov@fw N@VAR7",
                    "\tAddlw ARR", "\tMovwf FSR", "\tMovlw 3", "\tMovwf INDF"}},
         ArrayCase{"ARR[2 + 1] = 3", {"\tMovlw 3", "\tMov@wf ARR#3"}},
+        ArrayCase{"ARR[IX] = 2 * 3",
+                  {"\tMov@fw IX", "\tAddlw ARR", "\tMovwf FSR", "\tMovlw 6", "\tMovwf INDF"}},
         ArrayCase{"BV = ARR[IX] + 1",
                   {"\tMov@fw IX", "\tAddlw ARR", "\tMovwf FSR", "\tMovfw INDF", "N@VAR7 = 298",
                    "\tMov@wf N@VAR7", "\tIncf@W N@VAR7", "\tMov@wf BV"}},
