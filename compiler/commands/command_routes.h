@@ -14,5 +14,6 @@ std::span<const Route> conditionRoutes(); // IF (if_statement.cpp)
 std::span<const Route> loopRoutes();      // FOR, WHILE, REPEAT (loops.cpp)
 std::span<const Route> jumpRoutes();      // GOTO, GOSUB, CALL, RETURN, POKE (jumps.cpp)
 std::span<const Route> timingRoutes();    // PAUSE, DELAYMS, PAUSEUS, DELAYUS (timing.cpp)
+std::span<const Route> strRoutes();       // STR (str.cpp)
 
 } // namespace zorvel

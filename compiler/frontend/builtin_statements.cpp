@@ -153,8 +153,8 @@ constexpr std::string_view kLaterKeywords[] = {
     "ENDM", "EXITM", "BUSOUT", "BUSIN", "SHIN", "SHOUT", "BRANCH", "BRANCHL", "CDATA", "CWRITE",
     "DATA", "EDATA", "EWRITE", "READ", "RESTORE", "CLS", "CURSOR", "PRINT", "CLEAR", "LOW", "HIGH",
     "SET", "INPUT", "OUTPUT", "TOGGLE", "PULSOUT", "PWM", "HPWM", "SERVO", "SOUND", "FREQOUT",
-    "DTMFOUT", "SLEEP", "SNOOZE", "RSOUT", "RSIN", "SERIN", "SEROUT", "STR", "LCDWRITE", "OREAD",
-    "OWRITE", "PLOT", "UNPLOT", "#ENABLE", "#LOCAL",
+    "DTMFOUT", "SLEEP", "SNOOZE", "RSOUT", "RSIN", "SERIN", "SEROUT", "LCDWRITE", "OREAD", "OWRITE",
+    "PLOT", "UNPLOT", "#ENABLE", "#LOCAL",
     // Mnemonics and pseudo-instructions with BASIC operands.
     "ANDWF", "ANDLW", "ADDWF", "ADDLW", "BCF", "BSF", "BTFSC", "BTFSS", "CLRF", "CLRW", "CLRWDT",
     "COMF", "DECF", "DECFSZ", "INCF", "INCFSZ", "IORLW", "IORWF", "MOVLW", "MOVF", "MOVWF", "NOP",
