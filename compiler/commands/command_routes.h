@@ -14,5 +14,7 @@ std::span<const Route> conditionRoutes(); // IF (if_statement.cpp)
 std::span<const Route> loopRoutes();      // FOR, WHILE, REPEAT (loops.cpp)
 std::span<const Route> jumpRoutes();      // GOTO, GOSUB, CALL, RETURN, POKE (jumps.cpp)
 std::span<const Route> timingRoutes();    // PAUSE, DELAYMS, PAUSEUS, DELAYUS (timing.cpp)
+// PIC16 instructions with BASIC operands and the pseudo-instructions (inline_mnemonics.cpp).
+std::span<const Route> mnemonicRoutes();
 
 } // namespace zorvel

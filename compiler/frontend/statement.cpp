@@ -210,8 +210,8 @@ StatementHandler findRoute(std::string_view keyword) {
             m.emplace(r.keyword, r.handler);
         for (const Route& r : declarationRoutes())
             m.emplace(r.keyword, r.handler);
-        for (auto table :
-             {assignmentRoutes(), conditionRoutes(), loopRoutes(), jumpRoutes(), timingRoutes()})
+        for (auto table : {assignmentRoutes(), conditionRoutes(), loopRoutes(), jumpRoutes(),
+                           timingRoutes(), mnemonicRoutes()})
             for (const Route& r : table)
                 m.emplace(r.keyword, r.handler);
         for (const Route& r : laterRoutes())
