@@ -60,6 +60,7 @@ void assignTo(Compilation& c, const std::string& target) {
         return;
     }
     ++c.line.pos;
+    if (macroFollows(c)) return compileMacroValue(c, *dest);
     std::string first = peekWord(c);
     if (lookupKeyword(first).keywordClass == kClassFunction) {
         reportError(c, kErrText, "Function '" + first + "' is not supported yet in expressions");
@@ -214,6 +215,7 @@ std::span<const Route> assignmentRoutes() {
 }
 
 void compileAssignment(Compilation& c) {
+    if (isMacroStatement(c)) return compileMacroCall(c);
     remarksEcho(c);
     assignTo(c, c.stmt.keyword);
 }

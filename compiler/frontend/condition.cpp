@@ -1,5 +1,6 @@
 #include "compiler/frontend/condition.h"
 
+#include "compiler/commands/command_routes.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
 #include "compiler/frontend/keywords.h"
@@ -62,6 +63,7 @@ std::optional<Value> parseOperand(Compilation& c, const char* registerName) {
         reportError(c, kErrText, "Variable Expected");
         return std::nullopt;
     }
+    if (macroFollows(c)) return compileMacroOperand(c, registerName);
     if (needsEvaluation(c)) return evaluateInto(c, registerName);
     return parseSingleOperand(c);
 }
