@@ -260,5 +260,46 @@ TEST(MnemonicExec, BasicOperandsMatchAssembly) {
     }
 }
 
+// Calls without arguments, text, operator and label arguments, with the
+// kind variables on and off, assemble and do what their bodies say.
+TEST(MacroExec, TextOperatorLabelAndEmptyCalls) {
+    const std::string source = R"(DIM C1 AS BYTE
+DIM C2 AS BYTE
+DIM OP AS BYTE
+DIM N AS BYTE
+DIM KINDS AS BYTE
+BUMP MACRO
+INCF N, F
+ENDM
+PUTC MACRO P1, P2, P3
+NUM_BYTE P1, C1
+NUM_BYTE P2, C2
+NUM_BYTE P3, OP
+NUM_BYTE PRM_C * 16 + PRM_3, KINDS
+ENDM
+GOVIA MACRO P1
+LGOTO P1
+ENDM
+N = 0
+MACRO_PARAMS ON
+BUMP
+PUTC "Hi", *
+MACRO_PARAMS OFF
+BUMP : BUMP
+GOVIA Over
+N = 99
+Over:
+END
+)";
+    SimProgram p(source);
+    ASSERT_TRUE(p.ok()) << p.failure() << "\n" << source;
+    ASSERT_TRUE(p.runToEnd());
+    EXPECT_EQ(p.byte("N"), 3);
+    EXPECT_EQ(p.byte("C1"), 'H');
+    EXPECT_EQ(p.byte("C2"), 'i');
+    EXPECT_EQ(p.byte("OP"), '*');
+    EXPECT_EQ(p.byte("KINDS"), 3 * 16 + 6) << "three positions, the last an operator";
+}
+
 } // namespace
 } // namespace zorvel::test
