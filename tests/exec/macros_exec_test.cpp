@@ -260,6 +260,27 @@ TEST(MnemonicExec, BasicOperandsMatchAssembly) {
     }
 }
 
+// A macro's result compared on either side of a condition.
+TEST(MacroExec, ResultsAsConditionOperands) {
+    std::string source = "DIM AB AS BYTE\nDIM AW AS WORD\nDIM BB AS BYTE\nDIM LEFT AS BYTE\n"
+                         "DIM RIGHT AS BYTE\nMACRO_PARAMS ON\nGOTO Start\n" +
+                         addupMacro() +
+                         "Start:\nLEFT = 0\nRIGHT = 0\nIF ADDUP AB, 1 = 5 THEN\nLEFT = 1\nENDIF\n"
+                         "IF 300 < ADDUP AW, BB THEN\nRIGHT = 1\nENDIF\nDone:\nGOTO Start\n";
+    SimProgram p(source);
+    ASSERT_TRUE(p.ok()) << p.failure() << "\n" << source;
+    const int cases[][3] = {{4, 300, 0}, {5, 299, 2}, {3, 200, 100}, {4, 0, 255}, {255, 65535, 1}};
+    for (const auto& v : cases) {
+        ASSERT_TRUE(p.runTo("Start"));
+        p.setByte("AB", v[0]), p.setWord("AW", v[1]), p.setByte("BB", v[2]);
+        ASSERT_TRUE(p.runTo("Done"));
+        std::string in = "AB=" + std::to_string(v[0]) + " AW=" + std::to_string(v[1]) +
+                         " BB=" + std::to_string(v[2]);
+        EXPECT_EQ(p.byte("LEFT"), v[0] + 1 == 5 ? 1 : 0) << in;
+        EXPECT_EQ(p.byte("RIGHT"), 300 < ((v[1] + v[2]) & 0xFFFF) ? 1 : 0) << in;
+    }
+}
+
 // Calls without arguments, text, operator and label arguments, with the
 // kind variables on and off, assemble and do what their bodies say.
 TEST(MacroExec, TextOperatorLabelAndEmptyCalls) {
