@@ -1,5 +1,6 @@
 // Assignment ("target = expression", LET), INC, DEC and SWAP.
 #include "compiler/codegen/arithmetic.h"
+#include "compiler/codegen/array_access.h"
 #include "compiler/codegen/emit.h"
 #include "compiler/commands/command_routes.h"
 #include "compiler/driver/compilation.h"
@@ -45,30 +46,89 @@ bool atStatementEnd(Compilation& c) {
     return c.line.atEnd() || isStatementEnd(c.line.peek()) || closingKeywordFollows(c);
 }
 
-void assignTo(Compilation& c, const std::string& target) {
-    skipBlanks(c);
-    if (c.line.peek() == '[') {
-        reportError(c, kErrText, "Assignment to array elements is not supported yet");
-        return;
-    }
-    std::optional<Value> dest =
-        readTarget(c, target, "Cannot assign a Variable to a Numeric constant");
-    if (!dest) return;
+bool readEquals(Compilation& c) {
     skipBlanks(c);
     if (c.line.peek() != '=') {
         reportError(c, kErrText, "Assignment operator '=' missing");
-        return;
+        return false;
     }
     ++c.line.pos;
-    if (macroFollows(c)) return compileMacroValue(c, *dest);
     std::string first = peekWord(c);
-    if (lookupKeyword(first).keywordClass == kClassFunction) {
-        reportError(c, kErrText, "Function '" + first + "' is not supported yet in expressions");
-        return;
+    if (lookupKeyword(first).keywordClass != kClassFunction) return true;
+    reportError(c, kErrText, "Function '" + first + "' is not supported yet in expressions");
+    return false;
+}
+
+// A right-hand side that is one array element goes through W straight into
+// the destination; true when it was one.
+bool assignSingleElement(Compilation& c, const Value& dest) {
+    if (countTerms(c) != 1 || !isIdentifierChar(c.line.peek())) return false;
+    size_t start = c.line.pos;
+    std::string text = readOperand(c);
+    if (!elementFollows(c)) {
+        c.line.pos = start;
+        return false;
     }
+    std::optional<Element> e = readElement(c, text);
+    if (!e) return true;
+    elementInto(c, *e, dest);
+    releaseElement(c, *e);
+    return true;
+}
+
+void assignValue(Compilation& c, const Value& dest) {
     int errors = c.ctx.errorCount;
-    compileExpression(c, *dest);
+    skipBlanks(c);
+    if (macroFollows(c))
+        compileMacroValue(c, dest);
+    else if (!assignSingleElement(c, dest))
+        compileExpression(c, dest);
     if (c.ctx.errorCount == errors && !atStatementEnd(c)) reportError(c, kErrSyntax);
+}
+
+// The value of an element assignment: one plain operand is written as it
+// is; anything else is compiled into PP7 first.
+std::optional<Value> elementSource(Compilation& c) {
+    skipBlanks(c);
+    size_t start = c.line.pos;
+    if (countTerms(c) == 1 && isIdentifierChar(c.line.peek())) {
+        std::string text = readOperand(c);
+        if (text == "WREG") return Value{"WREG", kKindWreg, -1};
+        if (!elementFollows(c) && classifyOperand(c, false, text)) {
+            const Operand& op = c.operand;
+            if (op.kind == kKindNum) return Value{std::to_string(op.address), kKindNum, -1};
+            if (op.kind == kKindBit) return Value{op.target, kKindBit, op.bit};
+            if (op.kind == kKindByte || op.kind == kKindWord)
+                return Value{op.target, kKindByte, -1};
+        }
+        c.line.pos = start;
+    }
+    Value pp7{"PP7", kKindWord, -1};
+    int errors = c.ctx.errorCount;
+    assignValue(c, pp7);
+    if (c.ctx.errorCount != errors) return std::nullopt;
+    return Value{"PP7", kKindByte, -1};
+}
+
+void assignToElement(Compilation& c, const std::string& target) {
+    std::optional<Element> e = readElement(c, target);
+    if (!e) return;
+    if (readEquals(c)) {
+        std::optional<Value> value = elementSource(c);
+        if (value && atStatementEnd(c))
+            writeElement(c, *e, *value);
+        else if (value)
+            reportError(c, kErrSyntax);
+    }
+    releaseElement(c, *e);
+}
+
+void assignTo(Compilation& c, const std::string& target) {
+    if (elementFollows(c)) return assignToElement(c, target);
+    std::optional<Value> dest =
+        readTarget(c, target, "Cannot assign a Variable to a Numeric constant");
+    if (!dest) return;
+    if (readEquals(c)) assignValue(c, *dest);
 }
 
 void compileLet(Compilation& c) {

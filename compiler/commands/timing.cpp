@@ -3,6 +3,7 @@
 // and the 8-bit or 16-bit entry of the delay routine is called. A constant
 // microsecond delay too short for the routine's call overhead is built in
 // line from one-cycle and two-cycle instructions and a counted loop.
+#include "compiler/codegen/array_access.h"
 #include "compiler/codegen/emit.h"
 #include "compiler/commands/command_routes.h"
 #include "compiler/driver/compilation.h"
@@ -182,6 +183,23 @@ bool emitInlineDelay(Compilation& c, int micros) {
     return true;
 }
 
+// An array element operand: its value in W and the 8-bit entry. False when
+// no element follows (the cursor is then where it was).
+bool loadElement(Compilation& c, const DelayRoutine& r) {
+    size_t start = c.line.pos;
+    std::string token = readOperand(c);
+    if (token.empty() || !elementFollows(c)) {
+        c.line.pos = start;
+        return false;
+    }
+    std::optional<Element> e = readElement(c, token);
+    if (!e) return true;
+    elementToW(c, *e);
+    releaseElement(c, *e);
+    callRoutine(c, r, false);
+    return true;
+}
+
 // --- The statements -----------------------------------------------------------
 
 void compileDelay(Compilation& c, const DelayRoutine& r, bool inlineConstants) {
@@ -190,6 +208,7 @@ void compileDelay(Compilation& c, const DelayRoutine& r, bool inlineConstants) {
         loadExpression(c, r);
         return;
     }
+    if (loadElement(c, r)) return;
     if (!readSingleOperand(c)) return;
     if (inlineConstants && c.operand.kind == kKindNum && emitInlineDelay(c, c.operand.address))
         return;

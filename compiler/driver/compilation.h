@@ -81,6 +81,9 @@ struct AllocatorState {
     int bitIndex = 0;      // next bit in the current bit byte; 0 or 8 opens a new one
     std::string bitByte;   // name of the current bit byte
     int nextTemporary = 7; // N@VAR7, N@VAR8, ...
+    // The first PP temporary a new expression may take; raised while an
+    // expression inside an array index is compiled.
+    int firstExpressionTemporary = 7;
 };
 
 // A DATA table's skip label, placed before the first statement after the table.

@@ -1,5 +1,6 @@
 #include "compiler/frontend/condition.h"
 
+#include "compiler/codegen/array_access.h"
 #include "compiler/commands/command_routes.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
@@ -58,6 +59,24 @@ std::optional<Value> evaluateInto(Compilation& c, const char* registerName) {
     return result;
 }
 
+// An array element operand, read into the operand's register. nullopt when no element follows.
+std::optional<std::optional<Value>> elementOperand(Compilation& c, const char* registerName) {
+    size_t start = c.line.pos;
+    int errors = c.ctx.errorCount;
+    std::string text = readOperand(c);
+    if (reportedSince(c, errors)) return std::optional<Value>{};
+    if (text.empty() || !elementFollows(c)) {
+        c.line.pos = start;
+        return std::nullopt;
+    }
+    std::optional<Element> e = readElement(c, text);
+    if (!e) return std::optional<Value>{};
+    Value result{registerName, kKindByte, -1};
+    elementInto(c, *e, result);
+    releaseElement(c, *e);
+    return std::optional<Value>{result};
+}
+
 std::optional<Value> parseOperand(Compilation& c, const char* registerName) {
     if (atStatementEnd(c)) {
         reportError(c, kErrText, "Variable Expected");
@@ -65,7 +84,8 @@ std::optional<Value> parseOperand(Compilation& c, const char* registerName) {
     }
     if (macroFollows(c)) return compileMacroOperand(c, registerName);
     if (needsEvaluation(c)) return evaluateInto(c, registerName);
-    return parseSingleOperand(c);
+    std::optional<std::optional<Value>> element = elementOperand(c, registerName);
+    return element ? *element : parseSingleOperand(c);
 }
 
 std::optional<Value> operandValue(Compilation& c, const std::string& text) {
@@ -96,7 +116,7 @@ std::optional<Value> parseSingleOperand(Compilation& c) {
     }
     skipBlanks(c);
     if (c.line.peek() == '[') {
-        reportError(c, kErrText, "Array elements are not supported here yet");
+        reportError(c, kErrArrayNotSupported, c.stmt.keyword);
         return std::nullopt;
     }
     if (!classifyOperand(c, true, text)) return std::nullopt;

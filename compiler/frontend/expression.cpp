@@ -1,6 +1,7 @@
 #include "compiler/frontend/expression.h"
 
 #include "compiler/codegen/arithmetic.h"
+#include "compiler/codegen/array_access.h"
 #include "compiler/codegen/emit.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
@@ -25,6 +26,7 @@ struct Evaluator {
     int temporary = kFirstTemporary;
     bool written = false; // the last operation wrote the destination
     std::string wregCopy; // the byte holding W's value from the statement's start
+    int held = 0;         // numbered temporaries held for array elements
 };
 
 using Result = std::optional<Value>;
@@ -58,6 +60,24 @@ std::optional<std::string> temporaryName(Evaluator& ev, int n) {
 
 // --- Operands -----------------------------------------------------------------
 
+// An element with a constant index is its own symbol; any other is read into
+// W and kept in a numbered temporary until the expression is done.
+Result elementValue(Evaluator& ev, const std::string& text) {
+    Compilation& c = ev.c;
+    int outer = c.alloc.firstExpressionTemporary;
+    c.alloc.firstExpressionTemporary = ev.temporary + 1;
+    std::optional<Element> e = readElement(c, text);
+    c.alloc.firstExpressionTemporary = outer;
+    if (!e) return std::nullopt;
+    if (e->index.kind == kKindNum) return Value{elementSymbol(*e), kKindByte, -1};
+    elementToW(c, *e);
+    releaseElement(c, *e);
+    std::string temp = requestTemporary(c, kKindByte);
+    ++ev.held;
+    wToByte(c, temp);
+    return Value{temp, kKindByte, -1};
+}
+
 Result operandValue(Evaluator& ev, const std::string& text) {
     Compilation& c = ev.c;
     if (text == "WREG") {
@@ -67,9 +87,7 @@ Result operandValue(Evaluator& ev, const std::string& text) {
     std::string base = text.substr(0, text.find('.'));
     if (lookupKeyword(base).keywordClass == kClassFunction)
         return fail(ev, "Function '" + base + "' is not supported yet in expressions");
-    skipBlanks(c);
-    if (c.line.peek() == '[')
-        return fail(ev, "Array elements are not supported yet in expressions");
+    if (elementFollows(c)) return elementValue(ev, text);
     if (!classifyOperand(c, true, text)) return std::nullopt;
     const Operand& op = c.operand;
     switch (op.kind) {
@@ -220,7 +238,7 @@ bool mentionsWreg(const Compilation& c) {
 } // namespace
 
 void compileExpression(Compilation& c, const Value& destination) {
-    Evaluator ev{c, destination, 0, 0, kFirstTemporary, false, ""};
+    Evaluator ev{c, destination, 0, 0, c.alloc.firstExpressionTemporary, false, "", 0};
     ev.terms = countTerms(c);
     if (ev.terms == 0) {
         reportError(c, kErrText, "Variable Expected");
@@ -238,6 +256,8 @@ void compileExpression(Compilation& c, const Value& destination) {
     }
     Result value = shiftLevel(ev);
     if (value && !ev.written) emitTransfer(c, *value, destination);
+    for (int i = 0; i < ev.held; ++i)
+        releaseTemporary(c);
     if (!ev.wregCopy.empty()) releaseTemporary(c);
 }
 

@@ -17,6 +17,11 @@ void writeIncrementPP0(Compilation& c, LibraryOutput& out); // i@pp0
 void writeRandom(Compilation& c, LibraryOutput& out);       // rndm
 void writeCommonExit(Compilation& c, LibraryOutput& out);   // i@nt
 
+// Array access across banks (runtime_arrays.cpp).
+void writePutArray(Compilation& c, LibraryOutput& out);    // put@array
+void writeGetArray(Compilation& c, LibraryOutput& out);    // get@array
+void writeFindAddress(Compilation& c, LibraryOutput& out); // find@address
+
 // The word comparisons t@eb .. t@st (runtime_compare.cpp).
 void writeComparisons(Compilation& c, LibraryOutput& out);
 

@@ -184,9 +184,6 @@ INSTANTIATE_TEST_SUITE_P(
                     TimingError{"PAUSE 70000", "Number larger than 16-bits (0 to 65535)"},
                     TimingError{"DELAYUS 65536", "Number larger than 16-bits (0 to 65535)"},
                     TimingError{"PAUSE NOPE", " Variable ' NOPE ' not defined"},
-                    TimingError{"PAUSE ARR[2]", "ARRAY variables not supported in PAUSE"},
-                    TimingError{"DELAYMS ARR [BV]", "ARRAY variables not supported in DELAYMS"},
-                    TimingError{"PAUSEUS ARR[1]", "ARRAY variables not supported in PAUSEUS"},
                     TimingError{"DELAYUS ARR", "ARRAY variables not supported in DELAYUS"},
                     TimingError{"PAUSE PORTB.9", "Bit value too large for this variable"},
                     TimingError{"PAUSE DUR.HIGHBYTE.3", " Variable ' HIGHBYTE.3 ' not defined"}));
