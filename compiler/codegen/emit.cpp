@@ -23,8 +23,8 @@ constexpr std::array<std::string_view, 36> kOp1Text = {
     "\tMov@ff ",   "\tS@B ",     "\tGoto ",    "\tF@G ",     "\tF@C ",     "\tTris ",
 };
 
-constexpr std::array<std::string_view, 7> kBitText = {
-    "\tBtfsc ", "\tBsf ", "\tBcf ", "\tBtf@ss ", "\tBtf@sc ", "\tBs@f ", "\tBc@f ",
+constexpr std::array<std::string_view, 8> kBitText = {
+    "\tBtfsc ", "\tBsf ", "\tBcf ", "\tBtf@ss ", "\tBtf@sc ", "\tBs@f ", "\tBc@f ", "\tBtfss ",
 };
 
 std::string join(std::initializer_list<std::string_view> parts) {
@@ -58,6 +58,10 @@ void emitOp(Compilation& c, Op1 op, std::string_view operand) {
 
 void emitBit(Compilation& c, BitOp op, std::string_view reg, int bit) {
     c.emit(join({kBitText[static_cast<size_t>(op)], reg, ",", std::to_string(bit)}));
+}
+
+void emitBitText(Compilation& c, BitOp op, std::string_view operand) {
+    c.emit(join({kBitText[static_cast<size_t>(op)], operand}));
 }
 
 void emitClrwdt(Compilation& c) {

@@ -75,11 +75,13 @@ enum class Op1 {
 
 // Bit instructions: plain ones for registers present in every bank (STATUS,
 // FSR, INDF, PCLATH), banked ones for everything else.
-enum class BitOp { Btfsc, Bsf, Bcf, BtfssBanked, BtfscBanked, BsfBanked, BcfBanked };
+enum class BitOp { Btfsc, Bsf, Bcf, BtfssBanked, BtfscBanked, BsfBanked, BcfBanked, Btfss };
 
 void emitOp(Compilation& c, Op0 op);
 void emitOp(Compilation& c, Op1 op, std::string_view operand);
 void emitBit(Compilation& c, BitOp op, std::string_view reg, int bit);
+// A bit line whose operand is already written out ("STATUS,C").
+void emitBitText(Compilation& c, BitOp op, std::string_view operand);
 
 void emitClrwdt(Compilation& c); // only while the watchdog is on
 void emitReturn(Compilation& c); // bank reset, then return

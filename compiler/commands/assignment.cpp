@@ -80,7 +80,10 @@ bool assignSingleElement(Compilation& c, const Value& dest) {
 void assignValue(Compilation& c, const Value& dest) {
     int errors = c.ctx.errorCount;
     skipBlanks(c);
-    if (!assignSingleElement(c, dest)) compileExpression(c, dest);
+    if (macroFollows(c))
+        compileMacroValue(c, dest);
+    else if (!assignSingleElement(c, dest))
+        compileExpression(c, dest);
     if (c.ctx.errorCount == errors && !atStatementEnd(c)) reportError(c, kErrSyntax);
 }
 
@@ -270,6 +273,7 @@ std::span<const Route> assignmentRoutes() {
 }
 
 void compileAssignment(Compilation& c) {
+    if (isMacroStatement(c)) return compileMacroCall(c);
     remarksEcho(c);
     assignTo(c, c.stmt.keyword);
 }

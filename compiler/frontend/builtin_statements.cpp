@@ -150,23 +150,11 @@ void reportNotSupported(Compilation& c) {
 
 // Keywords routed to generators that the compiler does not have yet.
 constexpr std::string_view kLaterKeywords[] = {
-    "ENDM", "EXITM", "BUSOUT", "BUSIN", "SHIN", "SHOUT", "BRANCH", "BRANCHL", "CDATA", "CWRITE",
-    "DATA", "EDATA", "EWRITE", "READ", "RESTORE", "CLS", "CURSOR", "PRINT", "CLEAR", "LOW", "HIGH",
-    "SET", "INPUT", "OUTPUT", "TOGGLE", "PULSOUT", "PWM", "HPWM", "SERVO", "SOUND", "FREQOUT",
-    "DTMFOUT", "SLEEP", "SNOOZE", "RSOUT", "RSIN", "SERIN", "SEROUT", "LCDWRITE", "OREAD", "OWRITE",
-    "PLOT", "UNPLOT", "#ENABLE", "#LOCAL",
-    // Mnemonics and pseudo-instructions with BASIC operands.
-    "ANDWF", "ANDLW", "ADDWF", "ADDLW", "BCF", "BSF", "BTFSC", "BTFSS", "CLRF", "CLRW", "CLRWDT",
-    "COMF", "DECF", "DECFSZ", "INCF", "INCFSZ", "IORLW", "IORWF", "MOVLW", "MOVF", "MOVWF", "NOP",
-    "OPTION", "RETFIE", "RET", "RETLW", "RLF", "RRF", "SUBLW", "SUBWF", "SWAPF", "TRIS", "XORLW",
-    "XORWF", "MOVFW", "BC", "BNC", "BZ", "BNZ", "BDC", "BNDC", "CLRC", "CLRDC", "CLRZ", "SETC",
-    "SETDC", "SETZ", "SKIP", "SKPC", "SKPDC", "SKPZ", "SKPNC", "SKPNDC", "SKPNZ", "JUMP", "LGOTO",
-    "LJUMP", "TGOTO", "BRSET", "BRCLR",
-    // Operand type-pair directives of macro bodies.
-    "NUM_WREG", "NUM_BYTE", "NUM_WORD", "NUM_BIT", "BYTE_WREG", "BYTE_BYTE", "BYTE_WORD",
-    "BYTE_BIT", "WORD_WREG", "WORD_BYTE", "WORD_WORD", "WORD_BIT", "BIT_WREG", "BIT_BYTE",
-    "BIT_WORD", "BIT_BIT", "WREG_BYTE", "WREG_WORD", "WREG_BIT", "RETURN_WREG", "RETURN_BYTE",
-    "RETURN_WORD", "RETURN_BIT"};
+    "BUSOUT",   "BUSIN",   "SHIN",    "SHOUT",   "BRANCH", "BRANCHL", "CDATA", "CWRITE", "DATA",
+    "EDATA",    "EWRITE",  "READ",    "RESTORE", "CLS",    "CURSOR",  "PRINT", "CLEAR",  "LOW",
+    "HIGH",     "SET",     "INPUT",   "OUTPUT",  "TOGGLE", "PULSOUT", "PWM",   "HPWM",   "SERVO",
+    "SOUND",    "FREQOUT", "DTMFOUT", "SLEEP",   "SNOOZE", "RSOUT",   "RSIN",  "SERIN",  "SEROUT",
+    "LCDWRITE", "OREAD",   "OWRITE",  "PLOT",    "UNPLOT", "#ENABLE"};
 
 } // namespace
 

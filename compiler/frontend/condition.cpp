@@ -1,6 +1,7 @@
 #include "compiler/frontend/condition.h"
 
 #include "compiler/codegen/array_access.h"
+#include "compiler/commands/command_routes.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
 #include "compiler/frontend/keywords.h"
@@ -81,6 +82,7 @@ std::optional<Value> parseOperand(Compilation& c, const char* registerName) {
         reportError(c, kErrText, "Variable Expected");
         return std::nullopt;
     }
+    if (macroFollows(c)) return compileMacroOperand(c, registerName);
     if (needsEvaluation(c)) return evaluateInto(c, registerName);
     std::optional<std::optional<Value>> element = elementOperand(c, registerName);
     return element ? *element : parseSingleOperand(c);

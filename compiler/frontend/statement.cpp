@@ -191,7 +191,7 @@ void dispatchStatement(Compilation& c) {
     if (c.ctx.pass != 2) return;
     placeDataSkipLabel(c);
     if (c.stmt.macroDefinition) {
-        compileNotSupported(c, "MACRO");
+        compileMacroDeclaration(c);
         return;
     }
     if (StatementHandler handler = findRoute(keyword)) {
@@ -211,7 +211,7 @@ StatementHandler findRoute(std::string_view keyword) {
         for (const Route& r : declarationRoutes())
             m.emplace(r.keyword, r.handler);
         for (auto table : {assignmentRoutes(), conditionRoutes(), loopRoutes(), jumpRoutes(),
-                           timingRoutes(), strRoutes()})
+                           timingRoutes(), strRoutes(), mnemonicRoutes(), macroRoutes()})
             for (const Route& r : table)
                 m.emplace(r.keyword, r.handler);
         for (const Route& r : laterRoutes())

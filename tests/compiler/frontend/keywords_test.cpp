@@ -90,8 +90,8 @@ TEST(TableLimits, MacroNamesBeyondTwoHundredAreRefused) {
         source += "M" + std::to_string(i) + " MACRO\n";
     CompileResult r = compileSource(source);
     ASSERT_FALSE(r.messages.empty());
-    EXPECT_EQ(r.messages[0], "Error at Line [1]\tIn file [prog.bas]\tM0 MACRO\t*** 'MACRO' is not "
-                             "supported yet! ***");
+    EXPECT_EQ(r.messages[0], "Error at Line [201]\tIn file [prog.bas]\tM200 MACRO\t*** Too many "
+                             "macros. A program has at most 200! ***");
     EXPECT_EQ(r.compilation->macroNames.size(), 200u);
 }
 
