@@ -70,10 +70,18 @@ int valueOf(const Argument& a, const Inputs& in) {
 
 struct Call {
     Argument left, right;
-    int destination;  // 0 byte, 1 word, 2 bit
-    std::string name; // result variable
+    int destination;  // 0 byte, 1 word, 2 bit, 3 element of the byte array SUMA
+    std::string name; // result variable or element
+    int element = -1; // index into SUMA
     std::string text() const { return name + " = ADDUP " + left.text + ", " + right.text; }
 };
+
+int arrayElements(const std::vector<Call>& calls) {
+    int n = 0;
+    for (const Call& c : calls)
+        n += c.destination == 3;
+    return n;
+}
 
 std::vector<Call> allCalls() {
     std::vector<Call> calls;
@@ -81,7 +89,12 @@ std::vector<Call> allCalls() {
         if (l.text == "BB" || l.text == "BW") continue;
         for (const Argument& r : kArguments) {
             if (r.text == "AB" || r.text == "AW") continue;
-            for (int d = 0; d < 3; ++d) {
+            for (int d = 0; d < 4; ++d) {
+                if (d == 3) {
+                    int element = arrayElements(calls);
+                    calls.push_back({l, r, d, "SUMA[" + std::to_string(element) + "]", element});
+                    continue;
+                }
                 std::string name = std::string(d == 0   ? "SUMB"
                                                : d == 1 ? "SUMW"
                                                         : "SUMT") +
@@ -97,12 +110,14 @@ std::string addupProgram(const std::vector<Call>& calls) {
     std::ostringstream s;
     s << "DEVICE 16F877\nDIM AB AS BYTE\nDIM AW AS WORD\nDIM AT AS BIT\nDIM BB AS BYTE\n"
       << "DIM BW AS WORD\n";
+    s << "DIM SUMA[" << arrayElements(calls) << "]\n";
     for (const Call& c : calls)
-        s << "DIM " << c.name << " AS "
-          << (c.destination == 0   ? "BYTE"
-              : c.destination == 1 ? "WORD"
-                                   : "BIT")
-          << "\n";
+        if (c.destination != 3)
+            s << "DIM " << c.name << " AS "
+              << (c.destination == 0   ? "BYTE"
+                  : c.destination == 1 ? "WORD"
+                                       : "BIT")
+              << "\n";
     s << "MACRO_PARAMS ON\nGOTO Start\n" << addupMacro() << "Start:\n";
     for (const Call& c : calls)
         s << c.text() << "\n";
@@ -113,12 +128,14 @@ std::string addupProgram(const std::vector<Call>& calls) {
 int resultOf(SimProgram& p, const Call& c) {
     if (c.destination == 0) return p.byte(c.name);
     if (c.destination == 1) return p.word(c.name);
+    if (c.destination == 3) return p.byte("SUMA#" + std::to_string(c.element));
     return p.bit(c.name);
 }
 
 int expectedOf(const Call& c, const Inputs& in) {
     int sum = (valueOf(c.left, in) + valueOf(c.right, in)) & 0xFFFF;
-    return c.destination == 0 ? sum & 255 : c.destination == 1 ? sum : sum & 1;
+    if (c.destination == 1) return sum;
+    return c.destination == 2 ? sum & 1 : sum & 255;
 }
 
 TEST(MacroExec, AddsEveryArgumentKindIntoEveryDestinationKind) {
