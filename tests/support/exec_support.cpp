@@ -130,14 +130,18 @@ const SymbolEntry& SimProgram::highSymbol(const std::string& variable) const {
     return symbol(normaliseName(upper(variable)) + "H");
 }
 
+const SymbolEntry* SimProgram::find(const std::string& variable) const {
+    return compiled_.compilation->symbols.find(normaliseName(upper(variable)));
+}
+
 const SymbolEntry& SimProgram::symbol(const std::string& variable) const {
-    const SymbolEntry* e = compiled_.compilation->symbols.find(normaliseName(upper(variable)));
+    const SymbolEntry* e = find(variable);
     if (!e) throw std::runtime_error("no variable " + variable);
     return *e;
 }
 
 int SimProgram::address(const std::string& variable) const {
-    const SymbolEntry* e = compiled_.compilation->symbols.find(normaliseName(upper(variable)));
+    const SymbolEntry* e = find(variable);
     return e ? e->address : -1;
 }
 

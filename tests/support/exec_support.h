@@ -51,6 +51,7 @@ public:
     void setBit(const std::string& variable, int value);
 
 private:
+    const SymbolEntry* find(const std::string& variable) const; // nullptr when undeclared
     const SymbolEntry& symbol(const std::string& variable) const;
     const SymbolEntry& highSymbol(const std::string& variable) const;
     void load(double mhz);
