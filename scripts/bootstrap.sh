@@ -6,6 +6,8 @@ packages=(
   g++ cmake ninja-build pkg-config
   libgtest-dev libcli11-dev
   gputils gpsim
+  qt6-base-dev libqscintilla2-qt6-dev libgl-dev fonts-dejavu-core
+  xvfb xauth
 )
 
 missing=()

@@ -11,6 +11,6 @@ ctest --test-dir build --output-on-failure -j "$jobs"
 
 echo "== sanitizer build"
 cmake -S . -B build-sanitize -G Ninja -DCMAKE_BUILD_TYPE=Debug -DZORVEL_WERROR=ON \
-  -DZORVEL_SANITIZE=ON >/dev/null
+  -DZORVEL_SANITIZE=ON -DZORVEL_BUILD_IDE=OFF >/dev/null
 ninja -C build-sanitize zorvel-cli compiler_tests
 ctest --test-dir build-sanitize --output-on-failure -j "$jobs" -L sanitize
