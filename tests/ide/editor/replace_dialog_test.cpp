@@ -115,8 +115,6 @@ private slots:
                                         << "b" << QStringList{sel, "&Back"} << "foo b b foo";
         QTest::newRow("whole words") << "foo food foo" << 0 << 0 << "foo"
                                      << "x" << QStringList{"&Whole words"} << "x food x";
-        QTest::newRow("case sensitive") << "Foo foo" << 0 << 0 << "foo"
-                                        << "x" << QStringList{"&Case sensitive"} << "Foo x";
         QTest::newRow("replacement contains the text") << "a a" << 0 << 0 << "a"
                                                        << "aa" << QStringList{} << "aa aa";
         QTest::newRow("regular expression captures")
