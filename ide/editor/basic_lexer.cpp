@@ -4,6 +4,7 @@
 #include "ide/editor/editor_setup.h"
 
 #include <Qsci/qsciscintilla.h>
+#include <algorithm>
 #include <array>
 
 namespace zorvel::ide {
