@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QMessageBox>
+#include <cstdio>
 #include <optional>
 
 using namespace zorvel::ide;
@@ -20,6 +21,7 @@ struct StartOptions {
     std::optional<std::filesystem::path> home;
     QString settingsPath;
     QString file;
+    bool printHome = false;
 };
 
 StartOptions parseArguments(const QApplication& app) {
@@ -29,11 +31,13 @@ StartOptions parseArguments(const QApplication& app) {
     parser.addVersionOption();
     parser.addOption({"home", "Folder whose inc/ holds the device files.", "dir"});
     parser.addOption({"settings", "The settings file to use.", "file"});
+    parser.addOption({"print-home", "Print the home folder in use and exit."});
     parser.addPositionalArgument("file", "A BASIC source file to open.", "[file]");
     parser.process(app);
     StartOptions o;
     if (parser.isSet("home")) o.home = parser.value("home").toStdString();
     o.settingsPath = parser.isSet("settings") ? parser.value("settings") : defaultSettingsPath();
+    o.printHome = parser.isSet("print-home");
     if (!parser.positionalArguments().isEmpty()) o.file = parser.positionalArguments().first();
     return o;
 }
@@ -50,6 +54,10 @@ int main(int argc, char** argv) {
     if (!home.folder) {
         QMessageBox::critical(nullptr, "Zorvel", QString::fromStdString(home.error));
         return 2;
+    }
+    if (start.printHome) {
+        std::printf("%s\n", home.folder->string().c_str());
+        return 0;
     }
     IdeOptions options;
     options.homeFolder = QString::fromStdString(home.folder->string());

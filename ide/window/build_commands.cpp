@@ -6,6 +6,7 @@
 #include "ide/window/message_location.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QFileInfo>
 #include <QPageSetupDialog>
 #include <QPrintDialog>

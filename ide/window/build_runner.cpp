@@ -1,5 +1,7 @@
 #include "ide/window/build_runner.h"
 
+// Qt's `emit` keyword macro would rewrite the compiler's Compilation::emit.
+#undef emit
 #include "compiler/driver/assembler.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/compile_run.h"

@@ -114,8 +114,10 @@ void MainWindow::afterOpen() {
 // Writes through a temporary file renamed over the old one, so a failed save
 // leaves the old file whole. A read-only file is refused, not replaced.
 bool MainWindow::writeSource(const QString& path) {
+    // Without its owner's write permission a file counts as read-only, also
+    // for root, who could write it anyway.
     QFileInfo info(path);
-    if (info.exists() && !info.isWritable()) {
+    if (info.exists() && (!info.isWritable() || !(info.permissions() & QFile::WriteOwner))) {
         prompts_.inform(this, "Unable to save " + path +
                                   "\r\nThe file is read-only. Use Save As to keep your changes "
                                   "under another name.");

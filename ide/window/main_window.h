@@ -16,6 +16,7 @@ class QAction;
 class QActionGroup;
 class QLabel;
 class QMenu;
+class QPrinter;
 class QSplitter;
 class QsciScintilla;
 
@@ -130,7 +131,7 @@ private:
     FindDialog* findDialog_ = nullptr;
     ReplaceDialog* replaceDialog_ = nullptr;
     std::unique_ptr<ProgrammerCommands> programmers_;
-    std::unique_ptr<class QPrinter> printer_;
+    std::unique_ptr<QPrinter> printer_;
 
     struct Actions {
         QAction *newFile, *open, *save, *saveAs, *print, *printSetup, *editorOptions, *exit;

@@ -11,6 +11,7 @@
 #include <QActionGroup>
 #include <QMenu>
 #include <QMenuBar>
+#include <QStyle>
 #include <QToolBar>
 #include <Qsci/qsciscintilla.h>
 

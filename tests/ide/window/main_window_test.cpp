@@ -1,0 +1,365 @@
+// The main window driven as a user drives it: start-up state, menus and
+// shortcuts, the file commands with the unsaved-changes question, builds
+// through gpasm with the message pane and listing windows, the double-click
+// on an error, the settings file, and the programmer command.
+#include "ide/support/ide_fixture.h"
+#include "ide/window/listing_window.h"
+
+#include <QFileInfo>
+#include <QMenuBar>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QToolBar>
+#include <QToolButton>
+#include <Qsci/qsciscintilla.h>
+
+using namespace zorvel::ide;
+using namespace zorvel::ide::test;
+
+namespace {
+
+const QString kProgram = QStringLiteral("DEVICE 16F877\r\n"
+                                        "DIM COUNT AS BYTE\r\n"
+                                        "COUNT = 5\r\n"
+                                        "LOOP1:\r\n"
+                                        "INC COUNT\r\n"
+                                        "GOTO LOOP1\r\n");
+
+// The third line holds the error.
+const QString kBroken = QStringLiteral("DEVICE 16F84\r\nDIM A AS BYTE\r\nA = \r\nEND\r\n");
+
+QStringList paneLines(QsciScintilla* pane) {
+    return pane->text().split('\n');
+}
+
+} // namespace
+
+class MainWindowTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void startsWithEmptyFileAndCommandsDisabled() {
+        IdeFixture f;
+        MainWindow& w = f.start();
+        QCOMPARE(w.titleText(), QString("   - ZORVEL V1.10 -    "));
+        QVERIFY(!f.action("compileAction")->isEnabled());
+        QVERIFY(!f.action("programAction")->isEnabled());
+        QVERIFY(!f.action("saveButtonAction")->isEnabled());
+        QVERIFY(!f.action("showAsmAction")->isChecked());
+        QVERIFY(!f.action("showHexAction")->isChecked());
+        QVERIFY(w.sourcePath().isEmpty());
+    }
+
+    void menuItemsHaveTheirShortcuts_data() {
+        QTest::addColumn<QString>("action");
+        QTest::addColumn<QString>("key");
+        const char* rows[][2] = {
+            {"newAction", "Ctrl+N"},         {"openAction", "Ctrl+O"},
+            {"saveAction", "Ctrl+S"},        {"saveAsAction", "Ctrl+Shift+A"},
+            {"printAction", "Ctrl+P"},       {"printSetupAction", "Ctrl+T"},
+            {"redoAction", "Ctrl+Shift+Z"},  {"undoAction", "Ctrl+Z"},
+            {"cutAction", "Ctrl+X"},         {"copyAction", "Ctrl+C"},
+            {"pasteAction", "Ctrl+V"},       {"selectAllAction", "Ctrl+A"},
+            {"findAction", "Ctrl+F"},        {"replaceAction", "Ctrl+R"},
+            {"upperCaseAction", "Ctrl+F5"},  {"lowerCaseAction", "Ctrl+Shift+F5"},
+            {"compileAction", "F9"},         {"programAction", "F10"},
+            {"epicDetailsAction", "Ctrl+E"}, {"externalDetailsAction", "Ctrl+Q"},
+            {"showAsmAction", "Ctrl+W"},     {"showHexAction", "Ctrl+H"},
+            {"calculatorAction", "F2"},      {"helpAction", "F1"}};
+        for (auto& r : rows)
+            QTest::newRow(r[0]) << r[0] << r[1];
+    }
+    void menuItemsHaveTheirShortcuts() {
+        QFETCH(QString, action);
+        QFETCH(QString, key);
+        IdeFixture f;
+        f.start();
+        QAction* a = f.window->findChild<QAction*>(action);
+        QVERIFY2(a, qPrintable(action));
+        QCOMPARE(a->shortcut(), QKeySequence(key));
+    }
+
+    void toolBarHintsInOrder() {
+        IdeFixture f;
+        MainWindow& w = f.start();
+        QStringList hints;
+        for (QAction* a : w.findChild<QToolBar*>("mainToolBar")->actions())
+            hints << a->toolTip();
+        QCOMPARE(hints, QStringList({"New File", "Open File", "Save File", "Print", "Cut", "Copy",
+                                     "Paste", "Find", "Compile Basic", "Send code to Programmer",
+                                     "Show/Hide the Assembler listing"}));
+    }
+
+    void typingEnablesCompileAndSave() {
+        IdeFixture f;
+        MainWindow& w = f.start();
+        w.show();
+        QTest::keyClicks(w.editor(), "DEVICE 16F84");
+        QVERIFY(f.action("compileAction")->isEnabled());
+        QVERIFY(f.action("saveButtonAction")->isEnabled());
+        QVERIFY(f.action("asmButtonAction")->isEnabled());
+        QVERIFY(w.editor()->isModified());
+    }
+
+    void openBuildAndShowListings() {
+        IdeFixture f;
+        const QString source = f.path("dossier à blancs/mon programme.bas");
+        QVERIFY(writeText(source, kProgram));
+        f.prompts.fileNames.push_back(source);
+        MainWindow& w = f.start();
+        w.openFile();
+        QCOMPARE(w.sourcePath(), source);
+        QCOMPARE(w.titleText(), "   - ZORVEL V1.10 -    " + source);
+        QCOMPARE(f.prompts.fileDialogs.first().title, QString("Open Zorvel File"));
+        QVERIFY(f.action("compileAction")->isEnabled());
+        QVERIFY(!f.action("saveButtonAction")->isEnabled());
+        QCOMPARE(w.settings().workingFolder, QFileInfo(source).absolutePath());
+
+        w.editor()->append("COUNT = COUNT + 1\r\n");
+        f.action("compileAction")->trigger();
+        QVERIFY2(f.prompts.messages.isEmpty(), qPrintable(f.prompts.messages.join('|')));
+        const QStringList lines = paneLines(w.messagePane());
+        QVERIFY2(lines.first().startsWith("\tZORVEL COMPILED OK.  "), qPrintable(lines.join('|')));
+        QVERIFY(lines.first().endsWith(" Words used"));
+        const QRegularExpression variables(
+            "^\\t\\d+ Variables used in the 16F877 from a possible 368$");
+        QVERIFY2(!lines.filter(variables).isEmpty(), qPrintable(lines.join('|')));
+        QVERIFY(readText(source).contains("COUNT = COUNT + 1"));
+        QVERIFY(!w.editor()->isModified());
+        QVERIFY(w.asmWindow()->view()->text().contains("#include \"mon programme.zvl\""));
+        QVERIFY(w.hexWindow()->view()->text().startsWith(":"));
+        QVERIFY(QFileInfo::exists(f.path("dossier à blancs/mon programme.hex")));
+        QVERIFY(f.action("programAction")->isEnabled());
+    }
+
+    void tooShortTextBuildsNothing() {
+        IdeFixture f;
+        MainWindow& w = f.start();
+        w.editor()->setText("END");
+        f.action("compileAction")->trigger();
+        QVERIFY(f.prompts.fileDialogs.isEmpty()); // no Save As asked
+        QVERIFY(w.messagePane()->text().isEmpty());
+    }
+
+    void doubleClickOnErrorSelectsItsLine() {
+        IdeFixture f;
+        const QString source = f.path("broken.bas");
+        QVERIFY(writeText(source, kBroken));
+        MainWindow& w = f.start();
+        w.resize(800, 600);
+        w.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+        QVERIFY(w.openPath(source));
+        f.action("compileAction")->trigger();
+        const QStringList lines = paneLines(w.messagePane());
+        QVERIFY2(lines.first().startsWith("Error at Line [3]\tIn file [broken.bas]"),
+                 qPrintable(lines.join('|')));
+        w.editor()->setCursorPosition(0, 0);
+        QsciScintilla* pane = w.messagePane();
+        const long pos = pane->SendScintilla(QsciScintilla::SCI_POSITIONFROMLINE, 0L);
+        const int x = pane->SendScintilla(QsciScintilla::SCI_POINTXFROMPOSITION, 0UL, pos) + 5;
+        const int y = pane->SendScintilla(QsciScintilla::SCI_POINTYFROMPOSITION, 0UL, pos) + 3;
+        // A double click as the window system delivers it: press, release,
+        // then the double-click press and its release.
+        QTest::mouseClick(pane->viewport(), Qt::LeftButton, {}, QPoint(x, y));
+        QTest::mouseDClick(pane->viewport(), Qt::LeftButton, {}, QPoint(x, y));
+        int fromLine, fromCol, toLine, toCol;
+        w.editor()->getSelection(&fromLine, &fromCol, &toLine, &toCol);
+        QCOMPARE(fromLine, 2);
+        QCOMPARE(toLine, 2);
+        QCOMPARE(w.editor()->selectedText(), QString("A = "));
+        QVERIFY(!f.action("programAction")->isEnabled());
+    }
+
+    // New, Open and closing ask first when the text has changed; Yes saves.
+    void unsavedChangesQuestion_data() {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<int>("answer");
+        QTest::addColumn<bool>("saved");
+        QTest::addColumn<bool>("wentOn");
+        for (const char* c : {"new", "open"}) {
+            QTest::addRow("%s yes", c) << c << int(Prompts::Answer::Yes) << true << true;
+            QTest::addRow("%s no", c) << c << int(Prompts::Answer::No) << false << true;
+            QTest::addRow("%s cancel", c) << c << int(Prompts::Answer::Cancel) << false << false;
+        }
+        QTest::addRow("exit yes") << "exit" << int(Prompts::Answer::Yes) << true << true;
+        QTest::addRow("exit no") << "exit" << int(Prompts::Answer::No) << false << true;
+    }
+    void unsavedChangesQuestion() {
+        QFETCH(QString, command);
+        QFETCH(int, answer);
+        QFETCH(bool, saved);
+        QFETCH(bool, wentOn);
+        IdeFixture f;
+        const QString source = f.path("a.bas");
+        const QString other = f.path("b.bas");
+        QVERIFY(writeText(source, kProgram));
+        QVERIFY(writeText(other, "' other file\r\nEND\r\n"));
+        MainWindow& w = f.start();
+        QVERIFY(w.openPath(source));
+        w.editor()->append("' changed\r\n");
+        QVERIFY(w.editor()->isModified());
+        f.prompts.answers.push_back(Prompts::Answer(answer));
+        if (command == "open") f.prompts.fileNames.push_back(other);
+        if (command == "new") w.newFile();
+        if (command == "open") w.openFile();
+        if (command == "exit") w.close();
+
+        QCOMPARE(f.prompts.questionsWithCancel, QList<bool>{command != "exit"});
+        QCOMPARE(readText(source).contains("' changed"), saved);
+        if (command == "exit") {
+            QCOMPARE(f.prompts.endedWith, 0);
+            QVERIFY(readText(f.settingsPath()).contains("[AsmBox]"));
+            return;
+        }
+        const QString expected = !wentOn ? source : command == "new" ? QString() : other;
+        QCOMPARE(w.sourcePath(), expected);
+    }
+
+    void saveAsAsksForAName() {
+        IdeFixture f;
+        MainWindow& w = f.start();
+        w.editor()->setText(kProgram);
+        f.prompts.fileNames.push_back(f.path("named"));
+        QVERIFY(w.save());
+        QCOMPARE(f.prompts.fileDialogs.first().title, QString("Save As"));
+        QCOMPARE(w.sourcePath(), f.path("named.bas"));
+        QCOMPARE(readText(f.path("named.bas")), kProgram);
+        QCOMPARE(w.titleText(), "   - ZORVEL V1.10 -    " + f.path("named.bas"));
+    }
+
+    void readOnlySourceIsNotReplaced() {
+        IdeFixture f;
+        const QString source = f.path("locked.bas");
+        QVERIFY(writeText(source, kProgram));
+        QFile::setPermissions(source, QFile::ReadOwner | QFile::ReadGroup);
+        MainWindow& w = f.start();
+        QVERIFY(w.openPath(source));
+        w.editor()->append("' my edit\r\n");
+        f.action("compileAction")->trigger();
+        QCOMPARE(f.prompts.messages.size(), 1);
+        QVERIFY(f.prompts.messages.first().startsWith("Unable to save " + source));
+        QVERIFY(f.prompts.messages.first().contains("read-only"));
+        QCOMPARE(readText(source), kProgram);
+        QVERIFY(w.editor()->text().contains("' my edit"));
+        QVERIFY(w.editor()->isModified());
+        QVERIFY(w.messagePane()->text().isEmpty());
+    }
+
+    void missingAssemblerIsReported() {
+        IdeFixture f("[Assembler]\nPath=/nonexistent/gpasm\n");
+        const QString source = f.path("p.bas");
+        QVERIFY(writeText(source, kProgram));
+        MainWindow& w = f.start();
+        QVERIFY(w.openPath(source));
+        f.action("compileAction")->trigger();
+        QCOMPARE(f.prompts.messages.size(), 1);
+        QVERIFY(f.prompts.messages.first().startsWith("Unable to Find /nonexistent/gpasm"));
+        QVERIFY(paneLines(w.messagePane()).contains("ASSEMBLER ERROR! HEX file NOT created"));
+        QVERIFY(!f.action("programAction")->isEnabled());
+        QCOMPARE(readText(source), kProgram);
+    }
+
+    void programmerChoiceIsSavedAndReadBack() {
+        IdeFixture f;
+        {
+            MainWindow& w = f.start();
+            f.action("externalProgrammerAction")->trigger();
+            QCOMPARE(w.settings().programmerType, QString("ext"));
+            QVERIFY(readText(f.settingsPath()).contains("Type=ext"));
+            f.action("epicProgrammerAction")->trigger();
+            QVERIFY(!f.action("externalProgrammerAction")->isChecked());
+            QVERIFY(readText(f.settingsPath()).contains("Type=epic"));
+        }
+        f.start();
+        QVERIFY(f.action("epicProgrammerAction")->isChecked());
+        QVERIFY(!f.action("builtInProgrammerAction")->isChecked());
+    }
+
+    void deletedSettingsFileIsFatal() {
+        IdeFixture f;
+        MainWindow& w = f.start();
+        w.editor()->setText(kProgram);
+        QFile::remove(f.settingsPath());
+        f.prompts.answers.push_back(Prompts::Answer::No);
+        f.action("builtInProgrammerAction")->trigger();
+        QCOMPARE(f.prompts.messages,
+                 QStringList{"Fatal Error!\r\nUnable to find ZORVEL.INI file.\r\n"
+                             "The Compiler will now close."});
+        QCOMPARE(f.prompts.questionsWithCancel, QList<bool>{false}); // the text is offered
+        QCOMPARE(f.prompts.endedWith, 0);
+    }
+
+    void missingSettingsFileAtStartSelectsNothing() {
+        IdeFixture f({}, false);
+        f.start();
+        QVERIFY(f.prompts.messages.isEmpty());
+        for (const char* a :
+             {"builtInProgrammerAction", "externalProgrammerAction", "epicProgrammerAction"})
+            QVERIFY(!f.action(a)->isChecked());
+    }
+
+    void listingWindowsToggleAndKeepGeometry() {
+        IdeFixture f("[AsmBox]\nWidth=420\nHeight=300\nXpos=30\nYpos=40\n");
+        MainWindow& w = f.start();
+        QCOMPARE(w.asmWindow()->size(), QSize(420, 300));
+        f.action("showAsmAction")->trigger();
+        QVERIFY(w.asmWindow()->isVisible());
+        w.asmWindow()->resize(500, 350);
+        w.asmWindow()->close();
+        QVERIFY(!f.action("showAsmAction")->isChecked());
+        w.close();
+        const QString ini = readText(f.settingsPath());
+        QVERIFY2(ini.contains("Width=500") && ini.contains("Height=350"), qPrintable(ini));
+    }
+
+    void externalProgrammerGetsTheHexFile() {
+        IdeFixture f;
+        const QString record = f.path("args.txt");
+        qputenv("RECORD_ARGS_FILE", record.toLocal8Bit());
+        IdeSettings chosen;
+        chosen.programmerType = "ext";
+        chosen.externalName = "Test Programmer";
+        chosen.externalPath = ZORVEL_TEST_SCRIPTS "/record-args.sh";
+        chosen.externalCommandLine = "-p \"two words\"";
+        QVERIFY(SettingsFile(f.settingsPath()).save(chosen));
+        const QString source = f.path("ünï dir/blink prog.bas");
+        QVERIFY(writeText(source, kProgram));
+        MainWindow& w = f.start();
+        QVERIFY(w.openPath(source));
+        f.action("compileAction")->trigger();
+        QVERIFY(f.action("programAction")->isEnabled());
+        f.action("programAction")->trigger();
+        QTRY_VERIFY(QFileInfo(record).size() > 0);
+        QTRY_COMPARE(readText(record).split('\n', Qt::SkipEmptyParts),
+                     QStringList({"-p", "two words", f.path("ünï dir/blink prog.hex")}));
+        QVERIFY(f.prompts.messages.isEmpty());
+    }
+
+    void builtInProgrammerSaysItIsNotThereYet() {
+        IdeFixture f("[Programmer]\nType=uni\n");
+        const QString source = f.path("p.bas");
+        QVERIFY(writeText(source, kProgram));
+        MainWindow& w = f.start();
+        QVERIFY(w.openPath(source));
+        f.action("compileAction")->trigger();
+        f.action("programAction")->trigger();
+        QCOMPARE(f.prompts.messages.size(), 1);
+        QVERIFY(f.prompts.messages.first().contains("not available in this version"));
+    }
+
+    void caseConversionOfTheSelection() {
+        IdeFixture f;
+        MainWindow& w = f.start();
+        w.editor()->setText("dim count as byte");
+        w.editor()->setSelection(0, 0, 0, 9);
+        f.action("upperCaseAction")->trigger();
+        QCOMPARE(w.editor()->text(), QString("DIM COUNT as byte"));
+        w.editor()->selectAll();
+        f.action("lowerCaseAction")->trigger();
+        QCOMPARE(w.editor()->text(), QString("dim count as byte"));
+    }
+};
+
+QTEST_MAIN(MainWindowTest)
+#include "main_window_test.moc"
