@@ -201,25 +201,36 @@ void dispatchStatement(Compilation& c) {
     compileAssignment(c);
 }
 
+// Every route in the order the dispatcher tries them; the first entry of a
+// keyword wins.
+static const std::vector<Route>& allRoutes() {
+    static const std::vector<Route> routes = [] {
+        std::vector<Route> all;
+        for (auto table : {builtinRoutes(), deviceRoutes(), declarationRoutes(), assignmentRoutes(),
+                           conditionRoutes(), loopRoutes(), jumpRoutes(), timingRoutes(),
+                           strRoutes(), mnemonicRoutes(), macroRoutes(), laterRoutes()})
+            all.insert(all.end(), table.begin(), table.end());
+        return all;
+    }();
+    return routes;
+}
+
 StatementHandler findRoute(std::string_view keyword) {
     static const std::unordered_map<std::string_view, StatementHandler> routes = [] {
         std::unordered_map<std::string_view, StatementHandler> m;
-        for (const Route& r : builtinRoutes())
-            m.emplace(r.keyword, r.handler);
-        for (const Route& r : deviceRoutes())
-            m.emplace(r.keyword, r.handler);
-        for (const Route& r : declarationRoutes())
-            m.emplace(r.keyword, r.handler);
-        for (auto table : {assignmentRoutes(), conditionRoutes(), loopRoutes(), jumpRoutes(),
-                           timingRoutes(), strRoutes(), mnemonicRoutes(), macroRoutes()})
-            for (const Route& r : table)
-                m.emplace(r.keyword, r.handler);
-        for (const Route& r : laterRoutes())
+        for (const Route& r : allRoutes())
             m.emplace(r.keyword, r.handler);
         return m;
     }();
     auto it = routes.find(keyword);
     return it == routes.end() ? nullptr : it->second;
+}
+
+std::vector<std::string_view> routedKeywords() {
+    std::vector<std::string_view> words;
+    for (const Route& r : allRoutes())
+        words.push_back(r.keyword);
+    return words;
 }
 
 } // namespace zorvel

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string_view>
+#include <vector>
 
 namespace zorvel {
 
@@ -21,6 +22,10 @@ void dispatchStatement(Compilation& c);
 
 // The generator of a keyword, or nullptr when the statement is an assignment.
 StatementHandler findRoute(std::string_view keyword);
+
+// Every keyword the dispatcher routes to a generator (the statements that
+// compile, and those reported as not supported yet).
+std::vector<std::string_view> routedKeywords();
 
 // True for ELSE, ENDIF, WEND, NEXT and UNTIL, which end a block body.
 bool isBlockClosingKeyword(std::string_view keyword);

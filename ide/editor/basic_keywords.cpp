@@ -13,14 +13,14 @@ namespace {
 // statement dispatcher routes, and the words of statement syntax (AS BYTE,
 // TO, STEP, the output items of PRINT and RSOUT, the switch values, ...).
 constexpr std::string_view kStatements[] = {
-    "ASM", "BRANCH", "BRANCHL", "BUSIN", "BUSOUT", "CALL", "CDATA", "CLS", "CONFIG", "CURSOR",
-    "CWRITE", "DATA", "DECLARE", "DEFINE", "DELAYMS", "DELAYUS", "DEVICE", "DIM", "EDATA", "END",
-    "EWRITE", "FOR", "TO", "NEXT", "STEP", "GOSUB", "RETURN", "GOTO", "HIGH", "SET", "IF", "THEN",
-    "ELSE", "ENDIF", "INCLUDE", "INPUT", "LET", "LCDWRITE", "CLEAR", "ON_INTERRUPT", "OUTPUT",
-    "ORG", "PLOT", "POKE", "PRINT", "PULSOUT", "PWM", "READ", "REM", "RESTORE", "RSIN", "RSOUT",
-    "SERVO", "SET_OSCCAL", "SERIN", "SEROUT", "SHIN", "SHOUT", "SNOOZE", "SLEEP", "SOUND", "STOP",
-    "SWAP", "SYMBOL", "UNPLOT", "WHILE", "WEND", "INC", "DEC", "REPEAT", "UNTIL", "ENDM", "EXITM",
-    "CONTEXT", "PAUSE", "PAUSEUS", "LOCAL", "MACRO_PARAMS", "REMARKS", "TOGGLE", "OWRITE",
+    "ASM", "S_ASM", "BRANCH", "BRANCHL", "BUSIN", "BUSOUT", "CALL", "CDATA", "CLS", "CONFIG",
+    "CURSOR", "CWRITE", "DATA", "DECLARE", "DEFINE", "DELAYMS", "DELAYUS", "DEVICE", "DIM", "EDATA",
+    "END", "EWRITE", "FOR", "TO", "NEXT", "STEP", "GOSUB", "RETURN", "GOTO", "HIGH", "SET", "IF",
+    "THEN", "ELSE", "ENDIF", "INCLUDE", "INPUT", "LET", "LCDWRITE", "CLEAR", "ON_INTERRUPT",
+    "OUTPUT", "ORG", "PLOT", "POKE", "PRINT", "PULSOUT", "PWM", "READ", "REM", "RESTORE", "RSIN",
+    "RSOUT", "SERVO", "SET_OSCCAL", "SERIN", "SEROUT", "SHIN", "SHOUT", "SNOOZE", "SLEEP", "SOUND",
+    "STOP", "SWAP", "SYMBOL", "UNPLOT", "WHILE", "WEND", "INC", "DEC", "REPEAT", "UNTIL", "ENDM",
+    "EXITM", "CONTEXT", "PAUSE", "PAUSEUS", "LOCAL", "MACRO_PARAMS", "REMARKS", "TOGGLE", "OWRITE",
     "DTMFOUT", "FREQOUT", "STR", "LOW", "DECREMENT", "INCREMENT", "HPWM", "ENDASM", "MACRO",
     // type-pair statements of macro bodies
     "NUM_WREG", "NUM_BYTE", "NUM_WORD", "NUM_BIT", "BYTE_WREG", "BYTE_BYTE", "BYTE_WORD",
