@@ -78,6 +78,13 @@ void hideMargins(QsciScintilla& editor) {
         editor.setMarginWidth(margin, 0);
 }
 
+// The horizontal scroll bar follows the longest line shown instead of a
+// fixed width of 2000 pixels.
+void trackScrollWidth(QsciScintilla& editor) {
+    editor.SendScintilla(QsciScintillaBase::SCI_SETSCROLLWIDTH, 1);
+    editor.SendScintilla(QsciScintillaBase::SCI_SETSCROLLWIDTHTRACKING, 1);
+}
+
 void setSelectionColors(QsciScintilla& editor) {
     editor.setSelectionForegroundColor(selectionForeground());
     editor.setSelectionBackgroundColor(selectionBackground());
@@ -140,6 +147,7 @@ void configureSourceEditor(QsciScintilla& editor, BasicLexer* lexer) {
     setLayout(editor);
     setSelectionColors(editor);
     setEditingBehaviour(editor);
+    trackScrollWidth(editor);
 }
 
 void configureMessagePane(QsciScintilla& pane) {
@@ -150,6 +158,7 @@ void configureMessagePane(QsciScintilla& pane) {
     pane.setCaretLineVisible(true);
     pane.setCaretLineBackgroundColor(kCurrentLineColor);
     pane.setReadOnly(true);
+    trackScrollWidth(pane);
 }
 
 void configureListingView(QsciScintilla& view) {
@@ -158,6 +167,7 @@ void configureListingView(QsciScintilla& view) {
     setSelectionColors(view);
     view.setTabWidth(kTabWidth);
     view.setReadOnly(true);
+    trackScrollWidth(view);
 }
 
 } // namespace zorvel::ide

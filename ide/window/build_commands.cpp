@@ -4,6 +4,7 @@
 #include "ide/window/listing_window.h"
 #include "ide/window/main_window.h"
 #include "ide/window/message_location.h"
+#include "ide/window/source_printer.h"
 
 #include <QApplication>
 #include <QDir>
@@ -11,7 +12,6 @@
 #include <QPageSetupDialog>
 #include <QPrintDialog>
 #include <QStatusBar>
-#include <Qsci/qsciprinter.h>
 #include <Qsci/qsciscintilla.h>
 
 namespace zorvel::ide {
@@ -121,19 +121,18 @@ void MainWindow::setListingVisible(ListingWindow* window, bool visible) {
 }
 
 void MainWindow::print() {
-    if (!printer_) printer_ = std::make_unique<QsciPrinter>();
-    auto* printer = static_cast<QsciPrinter*>(printer_.get());
-    printer->setColorMode(QPrinter::GrayScale);
-    printer->setWrapMode(QsciScintilla::WrapWord);
-    printer->setDocName(sourcePath_.isEmpty() ? QStringLiteral("Untitled")
-                                              : QFileInfo(sourcePath_).fileName());
-    QPrintDialog dialog(printer, this);
+    if (!printer_) printer_ = std::make_unique<SourcePrinter>();
+    printer_->setFileName(sourcePath_.isEmpty() ? QStringLiteral("Untitled")
+                                                : QFileInfo(sourcePath_).fileName());
+    printer_->setDocName(printer_->heading(1).section('\t', 0, 0));
+    QPrintDialog dialog(printer_.get(), this);
     if (prompts_.runDialog(dialog) != QDialog::Accepted) return;
-    printer->printRange(editor_);
+    if (!printer_->printRange(editor_))
+        prompts_.inform(this, QStringLiteral("Unable to print ") + printer_->docName());
 }
 
 void MainWindow::printSetup() {
-    if (!printer_) printer_ = std::make_unique<QsciPrinter>();
+    if (!printer_) printer_ = std::make_unique<SourcePrinter>();
     QPageSetupDialog dialog(printer_.get(), this);
     prompts_.runDialog(dialog);
 }

@@ -8,8 +8,10 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QSaveFile>
 #include <QStringDecoder>
+#include <QUrl>
 #include <Qsci/qsciscintilla.h>
 
 namespace zorvel::ide {
@@ -182,8 +184,32 @@ void MainWindow::onEditorKey() {
     act_.saveButton->setEnabled(true);
 }
 
+// The first local file among the dropped ones, or empty.
+static QString droppedFile(const QMimeData* data) {
+    if (!data || !data->hasUrls()) return {};
+    for (const QUrl& url : data->urls())
+        if (url.isLocalFile() && QFileInfo(url.toLocalFile()).isFile()) return url.toLocalFile();
+    return {};
+}
+
+// A file dropped on the editor is opened as with Open; dropped text is
+// inserted by the editor itself.
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
     if (watched == editor_ && event->type() == QEvent::KeyPress) onEditorKey();
+    if (watched != editor_->viewport()) return QMainWindow::eventFilter(watched, event);
+    if (event->type() == QEvent::DragEnter || event->type() == QEvent::DragMove) {
+        auto* drag = static_cast<QDropEvent*>(event);
+        if (droppedFile(drag->mimeData()).isEmpty()) return false;
+        drag->acceptProposedAction();
+        return true;
+    }
+    if (event->type() == QEvent::Drop) {
+        const QString file = droppedFile(static_cast<QDropEvent*>(event)->mimeData());
+        if (file.isEmpty()) return false;
+        static_cast<QDropEvent*>(event)->acceptProposedAction();
+        if (maybeSaveChanges(true)) openPath(file);
+        return true;
+    }
     return QMainWindow::eventFilter(watched, event);
 }
 

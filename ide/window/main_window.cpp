@@ -8,6 +8,7 @@
 #include "ide/editor/style_store.h"
 #include "ide/programmers/programmer_commands.h"
 #include "ide/window/listing_window.h"
+#include "ide/window/source_printer.h"
 #include "ide/window/splash_dialog.h"
 
 #include <QActionGroup>
@@ -15,7 +16,6 @@
 #include <QEvent>
 #include <QIcon>
 #include <QLabel>
-#include <QPrinter>
 #include <QSplitter>
 #include <QStatusBar>
 #include <Qsci/qsciscintilla.h>
@@ -56,6 +56,7 @@ void MainWindow::createEditors() {
     lexer_ = new BasicLexer(editor_);
     configureSourceEditor(*editor_, lexer_);
     editor_->installEventFilter(this);
+    editor_->viewport()->installEventFilter(this);
     messages_ = new QsciScintilla(splitter_);
     messages_->setObjectName(QStringLiteral("messagePane"));
     configureMessagePane(*messages_);

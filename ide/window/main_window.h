@@ -16,7 +16,6 @@ class QAction;
 class QActionGroup;
 class QLabel;
 class QMenu;
-class QPrinter;
 class QSplitter;
 class QsciScintilla;
 
@@ -27,6 +26,7 @@ class FindDialog;
 class ListingWindow;
 class ProgrammerCommands;
 class ReplaceDialog;
+class SourcePrinter;
 
 inline const QString kVersionText = QStringLiteral("V1.10");
 
@@ -131,7 +131,7 @@ private:
     FindDialog* findDialog_ = nullptr;
     ReplaceDialog* replaceDialog_ = nullptr;
     std::unique_ptr<ProgrammerCommands> programmers_;
-    std::unique_ptr<QPrinter> printer_;
+    std::unique_ptr<SourcePrinter> printer_;
 
     struct Actions {
         QAction *newFile, *open, *save, *saveAs, *print, *printSetup, *editorOptions, *exit;

@@ -4,13 +4,18 @@
 // on an error, the settings file, and the programmer command.
 #include "ide/support/ide_fixture.h"
 #include "ide/window/listing_window.h"
+#include "ide/window/source_printer.h"
 
 #include <QFileInfo>
 #include <QMenuBar>
+#include <QMimeData>
+#include <QPrintDialog>
+#include <QPrinter>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QToolBar>
 #include <QToolButton>
+#include <QUrl>
 #include <Qsci/qsciscintilla.h>
 
 using namespace zorvel::ide;
@@ -101,12 +106,17 @@ private slots:
         QVERIFY(w.editor()->isModified());
     }
 
+    // An example from a folder with blanks and non-ASCII letters, edited, then
+    // F9 pressed on the keyboard.
     void openBuildAndShowListings() {
         IdeFixture f;
-        const QString source = f.path("dossier à blancs/mon programme.bas");
-        QVERIFY(writeText(source, kProgram));
+        const QString source = f.path("dossier à blancs/ring buffer.bas");
+        QVERIFY(QDir().mkpath(QFileInfo(source).absolutePath()));
+        QVERIFY(QFile::copy(ZORVEL_SOURCE_DIR "/examples/ring_buffer.bas", source));
         f.prompts.fileNames.push_back(source);
         MainWindow& w = f.start();
+        w.show();
+        QVERIFY(QTest::qWaitForWindowActive(&w));
         w.openFile();
         QCOMPARE(w.sourcePath(), source);
         QCOMPARE(w.titleText(), "   - ZORVEL V1.10 -    " + source);
@@ -115,8 +125,11 @@ private slots:
         QVERIFY(!f.action("saveButtonAction")->isEnabled());
         QCOMPARE(w.settings().workingFolder, QFileInfo(source).absolutePath());
 
-        w.editor()->append("COUNT = COUNT + 1\r\n");
-        f.action("compileAction")->trigger();
+        w.editor()->setFocus();
+        w.editor()->setCursorPosition(w.editor()->lines() - 1, 0);
+        QTest::keyClicks(w.editor(), "' edited in the IDE");
+        QTest::keyClick(w.editor(), Qt::Key_Return);
+        QTest::keyClick(w.editor(), Qt::Key_F9);
         QVERIFY2(f.prompts.messages.isEmpty(), qPrintable(f.prompts.messages.join('|')));
         const QStringList lines = paneLines(w.messagePane());
         QVERIFY2(lines.first().startsWith("\tZORVEL COMPILED OK.  "), qPrintable(lines.join('|')));
@@ -124,11 +137,11 @@ private slots:
         const QRegularExpression variables(
             "^\\t\\d+ Variables used in the 16F877 from a possible 368$");
         QVERIFY2(!lines.filter(variables).isEmpty(), qPrintable(lines.join('|')));
-        QVERIFY(readText(source).contains("COUNT = COUNT + 1"));
+        QVERIFY(readText(source).contains("' edited in the IDE"));
         QVERIFY(!w.editor()->isModified());
-        QVERIFY(w.asmWindow()->view()->text().contains("#include \"mon programme.zvl\""));
+        QVERIFY(w.asmWindow()->view()->text().contains("#include \"ring buffer.zvl\""));
         QVERIFY(w.hexWindow()->view()->text().startsWith(":"));
-        QVERIFY(QFileInfo::exists(f.path("dossier à blancs/mon programme.hex")));
+        QVERIFY(QFileInfo::exists(f.path("dossier à blancs/ring buffer.hex")));
         QVERIFY(f.action("programAction")->isEnabled());
     }
 
@@ -346,6 +359,45 @@ private slots:
         f.action("programAction")->trigger();
         QCOMPARE(f.prompts.messages.size(), 1);
         QVERIFY(f.prompts.messages.first().contains("not available in this version"));
+    }
+
+    void printsToAFileWithHeadings() {
+        IdeFixture f;
+        const QString source = f.path("p.bas");
+        QVERIFY(writeText(source, kProgram));
+        MainWindow& w = f.start();
+        QVERIFY(w.openPath(source));
+        const QString pdf = f.path("out.pdf");
+        f.prompts.dialogs.push_back([&](QDialog& d) {
+            QPrinter* printer = static_cast<QPrintDialog&>(d).printer();
+            printer->setOutputFormat(QPrinter::PdfFormat);
+            printer->setOutputFileName(pdf);
+            return int(QDialog::Accepted);
+        });
+        f.action("printAction")->trigger();
+        QVERIFY(f.prompts.messages.isEmpty());
+        QVERIFY(readText(pdf).startsWith("%PDF"));
+        SourcePrinter printer;
+        printer.setFileName("p.bas");
+        QCOMPARE(printer.heading(3).section('\t', 0, 0), QString("p.bas"));
+        QCOMPARE(printer.heading(3).section('\t', 2), QString("Page 3"));
+    }
+
+    void droppedFileIsOpened() {
+        IdeFixture f;
+        const QString source = f.path("dropped.bas");
+        QVERIFY(writeText(source, kProgram));
+        MainWindow& w = f.start();
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(source)});
+        const QPoint at(10, 10);
+        QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QVERIFY(QCoreApplication::sendEvent(w.editor()->viewport(), &enter));
+        QVERIFY(enter.isAccepted());
+        QDropEvent drop(at, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QCoreApplication::sendEvent(w.editor()->viewport(), &drop);
+        QCOMPARE(w.sourcePath(), source);
+        QCOMPARE(w.editor()->text(), kProgram);
     }
 
     void caseConversionOfTheSelection() {
