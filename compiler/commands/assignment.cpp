@@ -55,7 +55,7 @@ bool readEquals(Compilation& c) {
     }
     ++c.line.pos;
     std::string first = peekWord(c);
-    if (lookupKeyword(first).keywordClass != kClassFunction) return true;
+    if (!isFunctionKeyword(first)) return true;
     reportError(c, kErrText, "Function '" + first + "' is not supported yet in expressions");
     return false;
 }

@@ -48,7 +48,7 @@ bool needsEvaluation(Compilation& c) {
     std::string word = peekWord(c);
     // W is no variable: the evaluator copies it into the operand's register.
     if (word == "WREG") return true;
-    return lookupKeyword(word).keywordClass == kClassFunction || c.macroNames.contains(word);
+    return isFunctionKeyword(word) || c.macroNames.contains(word);
 }
 
 std::optional<Value> evaluateInto(Compilation& c, const char* registerName) {

@@ -85,7 +85,7 @@ Result operandValue(Evaluator& ev, const std::string& text) {
         return Value{ev.wregCopy, kKindByte, -1};
     }
     std::string base = text.substr(0, text.find('.'));
-    if (lookupKeyword(base).keywordClass == kClassFunction)
+    if (isFunctionKeyword(base))
         return fail(ev, "Function '" + base + "' is not supported yet in expressions");
     if (elementFollows(c)) return elementValue(ev, text);
     if (!classifyOperand(c, true, text)) return std::nullopt;

@@ -92,4 +92,15 @@ KeywordLookup lookupKeyword(std::string_view word) {
     return it == index.end() ? KeywordLookup{} : it->second;
 }
 
+bool isFunctionKeyword(std::string_view word) {
+    static constexpr std::string_view kDispatched[] = {
+        "ADIN",   "PEEK",  "RSIN",    "RANDOM",  "SIN",      "COS",       "DIG",
+        "CREAD",  "EREAD", "LOOKUP",  "LOOKUPL", "LOOKDOWN", "LOOKDOWNL", "BUSIN",
+        "PULSIN", "POT",   "COUNTER", "RCIN",    "INKEY"};
+    if (lookupKeyword(word).keywordClass == kClassFunction) return true;
+    for (std::string_view f : kDispatched)
+        if (f == word) return true;
+    return false;
+}
+
 } // namespace zorvel

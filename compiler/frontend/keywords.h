@@ -31,4 +31,9 @@ std::span<const Keyword> keywordTable();
 // Whole-word, case-sensitive lookup of an upper-case word; the first match wins.
 KeywordLookup lookupKeyword(std::string_view word);
 
+// True for a word that yields a value on the right of an assignment: the
+// keyword table's function class and the other words the function dispatcher
+// takes (ADIN, DIG, RSIN, BUSIN, ...).
+bool isFunctionKeyword(std::string_view word);
+
 } // namespace zorvel
