@@ -6,11 +6,13 @@
 #include "ide/window/listing_window.h"
 #include "ide/window/source_printer.h"
 
+#include <QComboBox>
 #include <QFileInfo>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QPrintDialog>
 #include <QPrinter>
+#include <QPushButton>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QToolBar>
@@ -326,15 +328,26 @@ private slots:
         QVERIFY2(ini.contains("Width=500") && ini.contains("Height=350"), qPrintable(ini));
     }
 
-    void externalProgrammerGetsTheHexFile() {
+    // F10 after a clean build: the programmer gets the HEX path as one
+    // argument, blanks and non-ASCII letters intact.
+    void programmerGetsTheHexFile_data() {
+        QTest::addColumn<QString>("type");
+        QTest::addColumn<QStringList>("leading");
+        QTest::newRow("external") << "ext" << QStringList{"-p", "two words"};
+        QTest::newRow("epic") << "epic" << QStringList{"-dPIC16F877"};
+    }
+    void programmerGetsTheHexFile() {
+        QFETCH(QString, type);
+        QFETCH(QStringList, leading);
         IdeFixture f;
         const QString record = f.path("args.txt");
         qputenv("RECORD_ARGS_FILE", record.toLocal8Bit());
         IdeSettings chosen;
-        chosen.programmerType = "ext";
+        chosen.programmerType = type;
         chosen.externalName = "Test Programmer";
         chosen.externalPath = ZORVEL_TEST_SCRIPTS "/record-args.sh";
         chosen.externalCommandLine = "-p \"two words\"";
+        chosen.epicPath = chosen.externalPath;
         QVERIFY(SettingsFile(f.settingsPath()).save(chosen));
         const QString source = f.path("ünï dir/blink prog.bas");
         QVERIFY(writeText(source, kProgram));
@@ -345,8 +358,40 @@ private slots:
         f.action("programAction")->trigger();
         QTRY_VERIFY(QFileInfo(record).size() > 0);
         QTRY_COMPARE(readText(record).split('\n', Qt::SkipEmptyParts),
-                     QStringList({"-p", "two words", f.path("ünï dir/blink prog.hex")}));
+                     leading + QStringList{f.path("ünï dir/blink prog.hex")});
         QVERIFY(f.prompts.messages.isEmpty());
+    }
+
+    // The window's Find and Replace commands reach the dialogs, seeded with
+    // the selection, and share what was searched for.
+    void findAndReplaceFromTheWindow() {
+        IdeFixture f;
+        MainWindow& w = f.start();
+        w.show();
+        w.editor()->setText("A = 1\nB = A\nA = A + 1\n");
+        w.editor()->setSelection(0, 0, 0, 1);
+        f.action("findAction")->trigger();
+        QDialog* findDialog = nullptr;
+        for (QDialog* d : w.findChildren<QDialog*>())
+            if (d->windowTitle() == "Find text...") findDialog = d;
+        QVERIFY(findDialog && findDialog->isVisible());
+        auto* text = findDialog->findChild<QComboBox*>();
+        QCOMPARE(text->currentText(), QString("A"));
+        QString replaceTitle;
+        f.prompts.dialogs.push_back([&](QDialog& d) {
+            replaceTitle = d.windowTitle();
+            auto boxes = d.findChildren<QComboBox*>();
+            boxes[0]->setEditText("A");
+            boxes[1]->setEditText("COUNT");
+            for (QPushButton* b : d.findChildren<QPushButton*>())
+                if (b->text() == "Replace All") b->click();
+            return int(QDialog::Accepted);
+        });
+        f.action("replaceAction")->trigger();
+        QCOMPARE(replaceTitle, QString("Find and replace text..."));
+        QCOMPARE(w.editor()->text(), QString("COUNT = 1\nB = COUNT\nCOUNT = COUNT + 1\n"));
+        w.editor()->undo();
+        QCOMPARE(w.editor()->text(), QString("A = 1\nB = A\nA = A + 1\n"));
     }
 
     void builtInProgrammerSaysItIsNotThereYet() {
