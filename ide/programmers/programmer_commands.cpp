@@ -3,8 +3,8 @@
 #include "ide/common/prompts.h"
 #include "ide/common/settings.h"
 #include "ide/programmers/calculator_dialog.h"
-#include "ide/programmers/epic_path_dialog.h"
 #include "ide/programmers/external_programmer_dialog.h"
+#include "ide/programmers/program_path_dialog.h"
 
 #include <QDesktopServices>
 #include <QFileInfo>
@@ -98,7 +98,13 @@ void ProgrammerCommands::launch(const QString& program, const QStringList& argum
 }
 
 void ProgrammerCommands::editEpicDetails() {
-    EpicPathDialog dialog(settings_, file_, prompts_, window_);
+    ProgramPathDialog dialog(kEpicPath, settings_, file_, prompts_, window_);
+    prompts_.runDialog(dialog);
+    saveSettings_();
+}
+
+void ProgrammerCommands::editAssemblerPath() {
+    ProgramPathDialog dialog(kAssemblerPath, settings_, file_, prompts_, window_);
     prompts_.runDialog(dialog);
     saveSettings_();
 }

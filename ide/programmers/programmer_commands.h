@@ -34,6 +34,8 @@ public:
     void runEpic(const QString& hexPath, const QString& deviceName);
     void editEpicDetails();
     void editExternalDetails();
+    // Which gpasm the builds use.
+    void editAssemblerPath();
     // homeFolder/inc/ZORVEL.HTM in the desktop's HTML viewer.
     void openHelp(const QString& homeFolder);
     // The configured calculator command, else the first common calculator

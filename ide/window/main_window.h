@@ -138,7 +138,7 @@ private:
         QAction *redo, *undo, *cut, *copy, *paste, *selectAll, *find, *replace, *upper, *lower;
         QAction *compile, *program;
         QAction *builtInProgrammer, *externalProgrammer, *epicProgrammer;
-        QAction *epicDetails, *externalDetails, *showAsm, *showHex, *calculator;
+        QAction *epicDetails, *externalDetails, *assemblerPath, *showAsm, *showHex, *calculator;
         QAction *help, *about;
         // Tool bar buttons whose state differs from their menu item's.
         QAction *saveButton, *asmButton;

@@ -105,6 +105,7 @@ void MainWindow::createOptionsActions() {
         addAction("epicDetailsAction", "Change &Epic Details", QKeySequence("Ctrl+E"));
     act_.externalDetails = addAction("externalDetailsAction", "Change E&xternal Programmer Details",
                                      QKeySequence("Ctrl+Q"));
+    act_.assemblerPath = addAction("assemblerPathAction", "Assembler &Path...", {});
     act_.showAsm = addAction("showAsmAction", "Show &ASM Window", QKeySequence("Ctrl+W"));
     act_.showHex = addAction("showHexAction", "Show &HEX Window", QKeySequence("Ctrl+H"));
     act_.calculator = addAction("calculatorAction", "&Calculator", QKeySequence("F2"));
@@ -120,6 +121,10 @@ void MainWindow::createOptionsActions() {
     connect(act_.externalDetails, &QAction::triggered, this, [this] {
         programmers_->editExternalDetails();
         updateStatus();
+        editor_->setFocus();
+    });
+    connect(act_.assemblerPath, &QAction::triggered, this, [this] {
+        programmers_->editAssemblerPath();
         editor_->setFocus();
     });
     connect(act_.showAsm, &QAction::toggled, this,
@@ -156,7 +161,7 @@ void MainWindow::createMenus() {
     QMenu* options = menuBar()->addMenu("&Options");
     QMenu* programmers = options->addMenu("&Programmer Options");
     programmers->addActions(act_.programmers->actions());
-    options->addActions({act_.epicDetails, act_.externalDetails});
+    options->addActions({act_.epicDetails, act_.externalDetails, act_.assemblerPath});
     options->addSeparator();
     options->addActions({act_.showAsm, act_.showHex});
     options->addSeparator();

@@ -82,6 +82,36 @@ private slots:
         QCOMPARE(spec.filter, QString("All Files (*)"));
     }
 
+    // The assembler's dialog: Browse writes at once, an emptied box means gpasm
+    // on PATH again.
+    void assemblerPath_data() {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("kept");
+        QTest::newRow("browsed") << QString() << "/opt/gputils ü/gpasm";
+        QTest::newRow("emptied") << "  "
+                                 << "gpasm";
+    }
+    void assemblerPath() {
+        QFETCH(QString, typed);
+        QFETCH(QString, kept);
+        prompts.fileNames.push_back("/opt/gputils ü/gpasm");
+        QString shown, title, written;
+        prompts.dialogs.push_back([&](QDialog& d) {
+            title = d.windowTitle();
+            shown = boxes(d).at(0)->text();
+            click(d, "Browse");
+            written = stored("Assembler/Path");
+            if (!typed.isNull()) boxes(d).at(0)->setText(typed);
+            return click(d, "OK");
+        });
+        commands->editAssemblerPath();
+        QCOMPARE(title, QString("Assembler"));
+        QCOMPARE(shown, QString("gpasm"));
+        QCOMPARE(written, QString("/opt/gputils ü/gpasm"));
+        QCOMPARE(settings.assemblerPath, kept);
+        QCOMPARE(saves, 1);
+    }
+
     void epicCancelledBrowseChangesNothing() {
         prompts.fileNames.push_back("");
         QString box;
