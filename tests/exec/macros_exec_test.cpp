@@ -278,6 +278,20 @@ TEST(MnemonicExec, BasicOperandsMatchAssembly) {
 }
 
 // A macro's result compared on either side of a condition.
+// BRSET and BRCLR jump on the bit's state and fall through otherwise.
+TEST(MnemonicExec, BranchOnBitSetOrClear) {
+    const std::string source = "DEVICE 16F877\nDIM FLAGS AS BYTE\nDIM R AS BYTE\n"
+                               "FLAGS = 5\nR = 0\n"
+                               "BRSET FLAGS, 0, L1\nR = R + 1\nL1:\n"
+                               "BRCLR FLAGS, 1, L2\nR = R + 10\nL2:\n"
+                               "BRSET FLAGS, 1, L3\nR = R + 100\nL3:\n"
+                               "BRCLR FLAGS, 2, L4\nR = R + 20\nL4:\nEND\n";
+    SimProgram p(source);
+    ASSERT_TRUE(p.ok()) << p.failure();
+    ASSERT_TRUE(p.runToEnd());
+    EXPECT_EQ(p.byte("R"), 120) << source;
+}
+
 TEST(MacroExec, ResultsAsConditionOperands) {
     std::string source = "DIM AB AS BYTE\nDIM AW AS WORD\nDIM BB AS BYTE\nDIM LEFT AS BYTE\n"
                          "DIM RIGHT AS BYTE\nMACRO_PARAMS ON\nGOTO Start\n" +

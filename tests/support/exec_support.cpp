@@ -145,33 +145,41 @@ int SimProgram::address(const std::string& variable) const {
     return e ? e->address : -1;
 }
 
+// A test that reads or writes RAM of a program that did not build fails with
+// the build's messages instead of crashing.
+sim::Pic16& SimProgram::loaded() const {
+    if (!pic_) throw std::logic_error("program not loaded: " + failure_);
+    return *pic_;
+}
+
 int SimProgram::byte(const std::string& variable) const {
-    return pic_->peek(symbol(variable).address);
+    return loaded().peek(symbol(variable).address);
 }
 
 int SimProgram::word(const std::string& variable) const {
-    return pic_->peek(symbol(variable).address) | pic_->peek(highSymbol(variable).address) << 8;
+    return loaded().peek(symbol(variable).address) | loaded().peek(highSymbol(variable).address)
+                                                         << 8;
 }
 
 int SimProgram::bit(const std::string& variable) const {
     const SymbolEntry& e = symbol(variable);
-    return (pic_->peek(e.address) >> e.bit) & 1;
+    return (loaded().peek(e.address) >> e.bit) & 1;
 }
 
 void SimProgram::setByte(const std::string& variable, int value) {
-    pic_->poke(symbol(variable).address, static_cast<uint8_t>(value));
+    loaded().poke(symbol(variable).address, static_cast<uint8_t>(value));
 }
 
 void SimProgram::setWord(const std::string& variable, int value) {
-    pic_->poke(symbol(variable).address, static_cast<uint8_t>(value));
-    pic_->poke(highSymbol(variable).address, static_cast<uint8_t>(value >> 8));
+    loaded().poke(symbol(variable).address, static_cast<uint8_t>(value));
+    loaded().poke(highSymbol(variable).address, static_cast<uint8_t>(value >> 8));
 }
 
 void SimProgram::setBit(const std::string& variable, int value) {
     const SymbolEntry& e = symbol(variable);
-    uint8_t old = pic_->peek(e.address);
+    uint8_t old = loaded().peek(e.address);
     uint8_t mask = static_cast<uint8_t>(1 << e.bit);
-    pic_->poke(e.address, static_cast<uint8_t>(value ? old | mask : old & ~mask));
+    loaded().poke(e.address, static_cast<uint8_t>(value ? old | mask : old & ~mask));
 }
 
 } // namespace zorvel::test

@@ -55,6 +55,7 @@ private:
     const SymbolEntry& symbol(const std::string& variable) const;
     const SymbolEntry& highSymbol(const std::string& variable) const;
     void load(double mhz);
+    sim::Pic16& loaded() const;
 
     std::string source_;
     TempDir dir_;

@@ -28,6 +28,18 @@ std::string infText(const DeviceData& device) {
     return text;
 }
 
+// The BRSET and BRCLR statements write "Brset/Brclr register, bit, label":
+// jump to the label when the bit is set (clear). The parameter names carry an
+// "@" so that no header symbol can shadow them.
+constexpr const char* branchOnBitMacros = "Brset\tmacro\tb@reg, b@bit, b@dest\n"
+                                          "\tbtfsc\tb@reg, b@bit\n"
+                                          "\tgoto\tb@dest\n"
+                                          "\tendm\n"
+                                          "Brclr\tmacro\tb@reg, b@bit, b@dest\n"
+                                          "\tbtfss\tb@reg, b@bit\n"
+                                          "\tgoto\tb@dest\n"
+                                          "\tendm\n";
+
 std::string zviText(const DeviceData& device) {
     std::string text;
     text +=
@@ -36,6 +48,7 @@ std::string zviText(const DeviceData& device) {
     text += "\t#include \"" + toLower(device.headerFile) + "\"\n";
     for (const Alias& alias : device.aliases)
         text += alias.name + "\tEQU\t" + alias.target + "\n";
+    text += branchOnBitMacros;
     return text;
 }
 
