@@ -6,7 +6,7 @@ packages=(
   g++ cmake ninja-build pkg-config
   libgtest-dev libcli11-dev
   gputils gpsim
-  qt6-base-dev libqscintilla2-qt6-dev libgl-dev fonts-dejavu-core
+  qt6-base-dev libqscintilla2-qt6-dev libqt6svg6 libgl-dev fonts-dejavu-core
   xvfb xauth
 )
 

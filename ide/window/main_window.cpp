@@ -7,6 +7,7 @@
 #include "ide/editor/replace_dialog.h"
 #include "ide/editor/style_store.h"
 #include "ide/programmers/programmer_commands.h"
+#include "ide/window/ide_resources.h"
 #include "ide/window/listing_window.h"
 #include "ide/window/source_printer.h"
 #include "ide/window/splash_dialog.h"
@@ -25,6 +26,7 @@ namespace zorvel::ide {
 MainWindow::MainWindow(IdeOptions options, Prompts& prompts, QWidget* parent)
     : QMainWindow(parent), options_(std::move(options)), prompts_(prompts),
       settingsFile_(options_.settingsPath) {
+    registerResources();
     setWindowIcon(QIcon(QStringLiteral(":/zorvel/icon.svg")));
     QApplication::setApplicationName(QStringLiteral("ZORVEL ") + kVersionText);
     settings_.workingFolder = options_.homeFolder;

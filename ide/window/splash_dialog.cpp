@@ -1,5 +1,7 @@
 #include "ide/window/splash_dialog.h"
 
+#include "ide/window/ide_resources.h"
+
 #include <QIcon>
 #include <QLabel>
 #include <QPushButton>
@@ -9,6 +11,7 @@ namespace zorvel::ide {
 
 SplashDialog::SplashDialog(const QString& versionText, QWidget* parent)
     : QDialog(parent, Qt::Tool | Qt::WindowStaysOnTopHint) {
+    registerResources();
     setWindowTitle(QStringLiteral("About Zorvel"));
     setModal(true);
     auto* layout = new QVBoxLayout(this);

@@ -55,6 +55,7 @@ private slots:
         QVERIFY(!f.action("showAsmAction")->isChecked());
         QVERIFY(!f.action("showHexAction")->isChecked());
         QVERIFY(w.sourcePath().isEmpty());
+        QVERIFY2(!w.windowIcon().pixmap(32, 32).isNull(), "the icon did not load");
     }
 
     void menuItemsHaveTheirShortcuts_data() {
