@@ -42,7 +42,9 @@ void SettingsFile::load(IdeSettings& s) const {
     if (s.externalName.isEmpty()) s.externalName = kDefaultExternalName;
     s.externalPath = ini.value("EXT_PROG/Ext_Path", s.externalPath).toString();
     s.externalCommandLine = ini.value("EXT_PROG/Cmd_Line", s.externalCommandLine).toString();
-    s.workingFolder = ini.value("WorkingDirectory/Pathname", s.workingFolder).toString();
+    // The template leaves the folder empty: the home folder stays the default.
+    const QString folder = ini.value("WorkingDirectory/Pathname").toString();
+    if (!folder.isEmpty()) s.workingFolder = folder;
     readBox(ini, "AsmBox", s.asmBox);
     readBox(ini, "HexBox", s.hexBox);
     s.assemblerPath = ini.value("Assembler/Path", s.assemblerPath).toString();

@@ -8,12 +8,12 @@ trap 'rm -rf "$prefix"' EXIT
 cmake --install "$build" --prefix "$prefix" >/dev/null
 for f in bin/zorvel bin/zorvel-ide share/zorvel/inc/P16F84.inf share/zorvel/inc/P16F877.zvi \
          share/zorvel/inc/ZORVEL.HTM share/zorvel/inc/Zorvel.ini \
-         share/applications/zorvel-ide.desktop share/icons/hicolor/scalable/apps/zorvel-ide.svg; do
+         share/zorvel/examples/ring_buffer.bas share/applications/zorvel-ide.desktop share/icons/hicolor/scalable/apps/zorvel-ide.svg; do
   [ -e "$prefix/$f" ] || { echo "missing after install: $f"; exit 1; }
 done
 work="$(mktemp -d)"
 trap 'rm -rf "$prefix" "$work"' EXIT
-cp "$source_dir/examples/ring_buffer.bas" "$work/ring buffer.bas"
+cp "$prefix/share/zorvel/examples/ring_buffer.bas" "$work/ring buffer.bas"
 (cd / && env -u ZORVEL_HOME "$prefix/bin/zorvel" build "$work/ring buffer.bas") > "$work/out.txt"
 grep -q "ZORVEL COMPILED OK" "$work/out.txt" || { cat "$work/out.txt"; exit 1; }
 [ -s "$work/ring buffer.hex" ] || { echo "no HEX file"; exit 1; }

@@ -83,6 +83,14 @@ private slots:
         QCOMPARE(s.asmBox, (WindowBox{5, 6, 7, 8}));
     }
 
+    void emptyWorkingFolderKeepsTheDefault() {
+        writeText("[WorkingDirectory]\nPathname=\n");
+        IdeSettings s;
+        s.workingFolder = "/usr/share/zorvel";
+        SettingsFile(path()).load(s);
+        QCOMPARE(s.workingFolder, QString("/usr/share/zorvel"));
+    }
+
     void missingFileSelectsNoProgrammerAndRefusesSave() {
         QFile::remove(path());
         IdeSettings s;
