@@ -42,11 +42,12 @@ QString decodeSource(const QByteArray& bytes) {
 
 } // namespace
 
-// True when the command may go on.
+// True when the command may go on. A Yes whose save fails or whose Save As
+// is cancelled stops the command too, so the text is never dropped unsaved.
 bool MainWindow::maybeSaveChanges(bool allowCancel) {
     if (!editor_->isModified()) return true;
     switch (prompts_.askSaveChanges(this, allowCancel)) {
-    case Prompts::Answer::Yes: return save() || !allowCancel;
+    case Prompts::Answer::Yes: return save();
     case Prompts::Answer::No: return true;
     case Prompts::Answer::Cancel: return false;
     }
@@ -162,7 +163,10 @@ void MainWindow::exitIde() {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
-    maybeSaveChanges(false);
+    if (!maybeSaveChanges(false)) {
+        event->ignore();
+        return;
+    }
     if (!saveSettings(false)) {
         event->accept();
         return;

@@ -232,6 +232,21 @@ private slots:
         QCOMPARE(w.sourcePath(), expected);
     }
 
+    // Yes to the question on closing, then a cancelled Save As: the window
+    // stays open with the text rather than closing without it.
+    void closingKeepsTheTextWhenItsSaveIsCancelled() {
+        IdeFixture f;
+        MainWindow& w = f.start();
+        w.show();
+        w.editor()->setText(kProgram);
+        f.prompts.answers.push_back(Prompts::Answer::Yes);
+        f.prompts.fileNames.push_back(QString());
+        QVERIFY(!w.close());
+        QCOMPARE(f.prompts.endedWith, -1);
+        QVERIFY(w.isVisible());
+        QCOMPARE(w.editor()->text(), kProgram);
+    }
+
     void saveAsAsksForAName() {
         IdeFixture f;
         MainWindow& w = f.start();
