@@ -7,7 +7,6 @@
 #include "ide/window/source_printer.h"
 
 #include <QApplication>
-#include <QDir>
 #include <QFileInfo>
 #include <QPageSetupDialog>
 #include <QPrintDialog>
@@ -79,10 +78,12 @@ void MainWindow::onMessageDoubleClick(int line) {
 }
 
 // The compiler names a file by its name alone: the main file or one of its
-// includes. The assembler names the .asm file (shown in the listing window)
-// or a file beside it.
+// includes. The assembler's lines that name the .asm file select the line in
+// the assembler listing; its other files (the library file) are generated
+// and not opened for editing.
 void MainWindow::goToLocation(const QString& file, int line, bool assembler) {
-    if (assembler && QFileInfo(file).fileName() == QFileInfo(lastBuild_.asmPath).fileName()) {
+    if (assembler) {
+        if (QFileInfo(file).fileName() != QFileInfo(lastBuild_.asmPath).fileName()) return;
         act_.showAsm->setChecked(true);
         asmWindow_->selectLine(line);
         asmWindow_->raise();
@@ -90,9 +91,7 @@ void MainWindow::goToLocation(const QString& file, int line, bool assembler) {
     }
     QString path;
     for (const BuildSource& s : lastBuild_.sources)
-        if (s.name == file || s.path == file) path = s.path;
-    if (path.isEmpty() && assembler && !lastBuild_.asmPath.isEmpty())
-        path = QFileInfo(lastBuild_.asmPath).absoluteDir().absoluteFilePath(file);
+        if (s.name == file) path = s.path;
     if (path.isEmpty() || !QFileInfo(path).isFile()) return;
     if (QFileInfo(path) != QFileInfo(sourcePath_)) {
         if (!maybeSaveChanges(true) || !openPath(path)) return;

@@ -39,6 +39,23 @@ QStringList paneLines(QsciScintilla* pane) {
     return pane->text().split('\n');
 }
 
+// A double click as the window system delivers it on a line of a pane:
+// press, release, then the double-click press and its release.
+void doubleClickLine(QsciScintilla* pane, int line) {
+    const long pos = pane->SendScintilla(QsciScintilla::SCI_POSITIONFROMLINE, line);
+    const int x = pane->SendScintilla(QsciScintilla::SCI_POINTXFROMPOSITION, 0UL, pos) + 5;
+    const int y = pane->SendScintilla(QsciScintilla::SCI_POINTYFROMPOSITION, 0UL, pos) + 3;
+    QTest::mouseClick(pane->viewport(), Qt::LeftButton, {}, QPoint(x, y));
+    QTest::mouseDClick(pane->viewport(), Qt::LeftButton, {}, QPoint(x, y));
+}
+
+// The line of the selection's start, -1 without a selection.
+int selectedLine(QsciScintilla* editor) {
+    int fromLine, fromCol, toLine, toCol;
+    editor->getSelection(&fromLine, &fromCol, &toLine, &toCol);
+    return fromLine == toLine ? fromLine : -2;
+}
+
 } // namespace
 
 class MainWindowTest : public QObject {
@@ -171,20 +188,50 @@ private slots:
         QVERIFY2(lines.first().startsWith("Error at Line [3]\tIn file [broken.bas]"),
                  qPrintable(lines.join('|')));
         w.editor()->setCursorPosition(0, 0);
-        QsciScintilla* pane = w.messagePane();
-        const long pos = pane->SendScintilla(QsciScintilla::SCI_POSITIONFROMLINE, 0L);
-        const int x = pane->SendScintilla(QsciScintilla::SCI_POINTXFROMPOSITION, 0UL, pos) + 5;
-        const int y = pane->SendScintilla(QsciScintilla::SCI_POINTYFROMPOSITION, 0UL, pos) + 3;
-        // A double click as the window system delivers it: press, release,
-        // then the double-click press and its release.
-        QTest::mouseClick(pane->viewport(), Qt::LeftButton, {}, QPoint(x, y));
-        QTest::mouseDClick(pane->viewport(), Qt::LeftButton, {}, QPoint(x, y));
-        int fromLine, fromCol, toLine, toCol;
-        w.editor()->getSelection(&fromLine, &fromCol, &toLine, &toCol);
-        QCOMPARE(fromLine, 2);
-        QCOMPARE(toLine, 2);
+        doubleClickLine(w.messagePane(), 0);
+        QCOMPARE(selectedLine(w.editor()), 2);
         QCOMPARE(w.editor()->selectedText(), QString("A = "));
         QVERIFY(!f.action("programAction")->isEnabled());
+    }
+
+    // An error in an included file opens that file at the line.
+    void doubleClickOnIncludedFileError() {
+        IdeFixture f;
+        const QString main = f.path("main.bas");
+        QVERIFY(writeText(main, "DEVICE 16F84\r\nINCLUDE \"parts.inc\"\r\nEND\r\n"));
+        QVERIFY(writeText(f.path("parts.inc"), "DIM B AS BYTE\r\nB = \r\n"));
+        MainWindow& w = f.start();
+        w.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+        QVERIFY(w.openPath(main));
+        f.action("compileAction")->trigger();
+        const QStringList lines = paneLines(w.messagePane());
+        QVERIFY2(lines.first().startsWith("Error at Line [2]\tIn file [PARTS.INC]") ||
+                     lines.first().startsWith("Error at Line [2]\tIn file [parts.inc]"),
+                 qPrintable(lines.join('|')));
+        doubleClickLine(w.messagePane(), 0);
+        QCOMPARE(QFileInfo(w.sourcePath()).fileName().toLower(), QString("parts.inc"));
+        QCOMPARE(selectedLine(w.editor()), 1);
+    }
+
+    // An assembler error names the .asm file: the listing window shows the line.
+    void doubleClickOnAssemblerError() {
+        IdeFixture f;
+        const QString source = f.path("asm.bas");
+        QVERIFY(writeText(source, "DEVICE 16F84\r\nASM\r\n\tmovlw no_such_symbol\r\n"
+                                  "ENDASM\r\nEND\r\n"));
+        MainWindow& w = f.start();
+        w.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&w));
+        QVERIFY(w.openPath(source));
+        f.action("compileAction")->trigger();
+        const QStringList lines = paneLines(w.messagePane());
+        QVERIFY2(lines.first().startsWith("Error[113]"), qPrintable(lines.join('|')));
+        doubleClickLine(w.messagePane(), 0);
+        QVERIFY(f.action("showAsmAction")->isChecked());
+        QsciScintilla* listing = w.asmWindow()->view();
+        QVERIFY(listing->selectedText().contains("no_such_symbol"));
+        QCOMPARE(w.sourcePath(), source);
     }
 
     // New, Open and closing ask first when the text has changed; Yes saves.
