@@ -2,8 +2,8 @@
 // and origins, the not-found message, the history, the OK button's state,
 // seeding from the selection and the flag word.
 #include "ide/editor/find_dialog.h"
-#include "ide/editor/find_widgets.h"
 #include "ide/support/scripted_prompts.h"
+#include "ide/support/widget_clicks.h"
 
 #include <QGroupBox>
 #include <QTest>

@@ -1,9 +1,9 @@
 // The replace dialog run through scripted prompts that fill its widgets and
 // click its buttons: the next occurrence, every occurrence in each scope,
 // one undo step, the prompt's text and answers, regular expressions.
-#include "ide/editor/find_widgets.h"
 #include "ide/editor/replace_dialog.h"
 #include "ide/support/scripted_prompts.h"
+#include "ide/support/widget_clicks.h"
 
 #include <QTest>
 #include <Qsci/qsciscintilla.h>

@@ -2,9 +2,9 @@
 // buttons: what they show, the keys they write at once, what OK and Cancel
 // keep, the empty-name rule and the one save after closing.
 #include "ide/common/settings.h"
-#include "ide/programmers/dialog_clicks.h"
 #include "ide/programmers/programmer_commands.h"
 #include "ide/support/scripted_prompts.h"
+#include "ide/support/widget_clicks.h"
 
 #include <QFile>
 #include <QLineEdit>

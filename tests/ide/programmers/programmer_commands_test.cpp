@@ -3,9 +3,9 @@
 // when no program is set, and every failure message.
 #include "ide/common/settings.h"
 #include "ide/programmers/calculator_dialog.h"
-#include "ide/programmers/dialog_clicks.h"
 #include "ide/programmers/programmer_commands.h"
 #include "ide/support/scripted_prompts.h"
+#include "ide/support/widget_clicks.h"
 
 #include <QDesktopServices>
 #include <QDir>

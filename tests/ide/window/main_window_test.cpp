@@ -3,6 +3,7 @@
 // through gpasm with the message pane and listing windows, the double-click
 // on an error, the settings file, and the programmer command.
 #include "ide/support/ide_fixture.h"
+#include "ide/support/widget_clicks.h"
 #include "ide/window/listing_window.h"
 #include "ide/window/source_printer.h"
 
@@ -443,12 +444,9 @@ private slots:
         QString replaceTitle;
         f.prompts.dialogs.push_back([&](QDialog& d) {
             replaceTitle = d.windowTitle();
-            auto boxes = d.findChildren<QComboBox*>();
-            boxes[0]->setEditText("A");
-            boxes[1]->setEditText("COUNT");
-            for (QPushButton* b : d.findChildren<QPushButton*>())
-                if (b->text() == "Replace All") b->click();
-            return int(QDialog::Accepted);
+            typeInto(d, "&Text to find", "A");
+            typeInto(d, "Replace with", "COUNT");
+            return click(d, "Replace All");
         });
         f.action("replaceAction")->trigger();
         QCOMPARE(replaceTitle, QString("Find and replace text..."));

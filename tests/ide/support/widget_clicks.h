@@ -1,8 +1,9 @@
-// Driving the find and replace dialogs by the texts on their widgets.
+// Driving dialogs from tests by the texts on their real widgets.
 #pragma once
 
 #include <QAbstractButton>
 #include <QComboBox>
+#include <QDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -25,6 +26,12 @@ inline void click(QWidget& root, const QString& text) {
     const bool push = qobject_cast<QPushButton*>(button) != nullptr;
     const QPoint at = push ? button->rect().center() : QPoint(6, button->height() / 2);
     QTest::mouseClick(button, Qt::LeftButton, {}, at);
+}
+
+// The same for a runDialog handler: returns the dialog's result afterwards.
+inline int click(QDialog& dialog, const QString& text) {
+    click(static_cast<QWidget&>(dialog), text);
+    return dialog.result();
 }
 
 inline void clickAll(QWidget& root, const QStringList& texts) {
