@@ -8,6 +8,7 @@ packages=(
   gputils gpsim
   qt6-base-dev libqscintilla2-qt6-dev libqt6svg6 libgl-dev fonts-dejavu-core
   xvfb xauth
+  clang-14 libfuzzer-14-dev
 )
 
 missing=()

@@ -10,6 +10,7 @@
 #include <array>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -143,6 +144,10 @@ struct CompileOptions {
     std::filesystem::path homeFolder; // holds inc/ with the device files
     std::string assembler = "gpasm";  // path or name on PATH
     bool assemble = true;             // false: stop after writing the .asm and library files
+    // When set, the main source is this text instead of the file's contents, and
+    // nothing is written: the output stays in asmlist and libraryOutput.
+    // sourceName still names the program (diagnostics, INCLUDE folder).
+    std::optional<std::string> sourceText;
 };
 
 class Compilation {
@@ -168,6 +173,7 @@ public:
     std::vector<SourceFile> sourceFiles;
     std::vector<SourceEntry> workfile;
     std::vector<std::string> asmlist;  // output lines of pass 2
+    std::vector<std::string> libraryOutput; // the library file's lines, in-memory runs only
     std::vector<std::string> messages; // the message list shown to the user
     std::vector<std::string> alerts;   // message-box texts
     LineBuffer line;

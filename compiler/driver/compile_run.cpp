@@ -16,6 +16,7 @@ constexpr const char* kDefaultDevice = "16F84";
 void resetRun(Compilation& c) {
     c.messages.clear();
     c.asmlist.clear();
+    c.libraryOutput.clear();
     c.alerts.clear();
     c.labels.clear();
     c.macroNames.clear();
@@ -125,8 +126,13 @@ void saveAssembly(Compilation& c) {
     c.asmlist.clear();
 }
 
-// The .asm, the library file, then the assembler and what it produced.
+// The .asm, the library file, then the assembler and what it produced. An
+// in-memory run only makes the library file's lines.
 void buildOutputs(Compilation& c) {
+    if (c.options.sourceText) {
+        c.libraryOutput = libraryLines(c);
+        return;
+    }
     saveAssembly(c);
     if (c.ctx.errorCount != 0) return;
     writeLibraryFile(c);
@@ -160,7 +166,7 @@ void runCompile(Compilation& c) {
     }
     if (!ctx.deviceSet) reportError(c, kErrWhole, "DEVICE NOT SPECIFIED");
     if (ctx.errorCount == 0 && ctx.deviceSet) buildOutputs(c);
-    if (ctx.errorCount == 0 && c.options.assemble) appendSummary(c);
+    if (ctx.errorCount == 0 && c.options.assemble && !c.options.sourceText) appendSummary(c);
 }
 
 } // namespace zorvel

@@ -58,8 +58,12 @@ struct Expander {
     bool expandFile(const fs::path& file, const std::string& entryPath) {
         std::optional<std::string> text = readFile(file);
         if (!text) return fail("\tInclude file " + entryPath + " Cannot be read!");
-        std::vector<std::string> lines = splitLines(*text);
-        text.reset();
+        return expandText(file, entryPath, std::move(*text));
+    }
+
+    bool expandText(const fs::path& file, const std::string& entryPath, std::string text) {
+        std::vector<std::string> lines = splitLines(text);
+        text.clear();
         int fileIndex = static_cast<int>(c.sourceFiles.size());
         c.sourceFiles.push_back({entryPath, file.filename().string()});
         for (size_t i = 0; i < lines.size(); ++i) {
@@ -98,13 +102,15 @@ bool readAndExpandSource(Compilation& c) {
     c.sourceFiles.clear();
     const fs::path& source = c.options.sourceName;
     std::error_code ec;
-    if (!fs::is_regular_file(source, ec)) {
+    if (!c.options.sourceText && !fs::is_regular_file(source, ec)) {
         c.ctx.runMessage = "\tUnable to read source file " + source.string() + "!";
         return false;
     }
     Expander expander{c, {}};
     expander.chain.push_back(fs::weakly_canonical(source, ec));
-    if (!expander.expandFile(source, "")) return false;
+    bool expanded = c.options.sourceText ? expander.expandText(source, "", *c.options.sourceText)
+                                         : expander.expandFile(source, "");
+    if (!expanded) return false;
     if (static_cast<int>(c.workfile.size()) > c.ctx.lineLimit) {
         c.ctx.runMessage = "\tSource too long: more than " + std::to_string(c.ctx.lineLimit) +
                            " lines after INCLUDE expansion!";
