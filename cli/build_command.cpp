@@ -26,7 +26,8 @@ int runBuild(const BuildOptions& options, const std::filesystem::path& executabl
         std::cerr << "zorvel: " << home.error << "\n";
         return 2;
     }
-    Compilation c({std::filesystem::absolute(options.source), *home.folder, options.assembler});
+    Compilation c({std::filesystem::absolute(options.source),
+                   std::filesystem::absolute(*home.folder), options.assembler});
     runCompile(c);
     for (const std::string& alert : c.alerts)
         std::cerr << "zorvel: " << alert << "\n";

@@ -9,6 +9,18 @@
 #include <string>
 
 namespace zorvel {
+namespace {
+
+// Counts the block bodies being compiled while one is.
+struct InsideBlock {
+    Compilation& c;
+    explicit InsideBlock(Compilation& comp) : c(comp) { ++c.stmt.blockDepth; }
+    ~InsideBlock() { --c.stmt.blockDepth; }
+    InsideBlock(const InsideBlock&) = delete;
+    InsideBlock& operator=(const InsideBlock&) = delete;
+};
+
+} // namespace
 
 bool textFollows(Compilation& c) {
     skipBlanks(c);
@@ -21,10 +33,12 @@ void compileRestOfLine(Compilation& c) {
         c.line.pos = c.line.length();
         return;
     }
+    InsideBlock inside(c);
     compileStatementsOfLine(c);
 }
 
 void compileFollowingLines(Compilation& c) {
+    InsideBlock inside(c);
     CompileContext& ctx = c.ctx;
     c.stmt.keyword.clear();
     c.line.pos = c.line.length();
@@ -34,6 +48,7 @@ void compileFollowingLines(Compilation& c) {
 }
 
 bool compileBody(Compilation& c, std::string_view closer) {
+    InsideBlock inside(c);
     if (textFollows(c)) {
         compileStatementsOfLine(c);
         if (isBlockClosingKeyword(c.stmt.keyword)) return c.stmt.keyword == closer;

@@ -276,12 +276,65 @@ void compileStatusBit(Compilation& c, BitOp op, int bit) {
     emitBit(c, op, "3", bit);
 }
 
+bool isNameChar(char ch) {
+    return isLetterLike(ch) || (ch >= '0' && ch <= '9') || ch == '@' || ch == '#' || ch == '.' ||
+           ch == '$';
+}
+
+// One assembler operand: names, numbers and "$" joined by operators, with
+// brackets; two names side by side are no operand.
+bool isOneOperand(std::string_view text) {
+    static constexpr std::string_view kPrefix = "+-~!", kInfix = "+-*/%&|^";
+    bool wantOperand = true;
+    int depth = 0;
+    for (size_t i = 0; i < text.size();) {
+        char ch = text[i];
+        if (isBlank(ch)) {
+            ++i;
+        } else if (wantOperand && (ch == '(' || kPrefix.find(ch) != std::string_view::npos)) {
+            depth += ch == '(';
+            ++i;
+        } else if (wantOperand && isNameChar(ch)) {
+            while (i < text.size() && isNameChar(text[i]))
+                ++i;
+            wantOperand = false;
+        } else if (!wantOperand && ch == ')' && depth > 0) {
+            --depth;
+            ++i;
+        } else if (!wantOperand && kInfix.find(ch) != std::string_view::npos) {
+            i += (ch == '&' || ch == '|') && i + 1 < text.size() && text[i + 1] == ch ? 2 : 1;
+            wantOperand = true;
+        } else if (!wantOperand && (text.substr(i, 2) == "<<" || text.substr(i, 2) == ">>")) {
+            i += 2;
+            wantOperand = true;
+        } else {
+            return false;
+        }
+    }
+    return !wantOperand && depth == 0;
+}
+
+// Operands separated by commas, each one name or expression.
+bool isOperandList(std::string_view text) {
+    size_t start = 0;
+    while (true) {
+        size_t comma = text.find(',', start);
+        if (!isOneOperand(text.substr(start, comma - start))) return false;
+        if (comma == std::string_view::npos) return true;
+        start = comma + 1;
+    }
+}
+
 // A line head followed by the rest of the source line as written.
 void compileLineRest(Compilation& c, std::string_view head) {
     remarksEcho(c);
     std::string rest = readLineRest(c);
     if (rest.empty()) {
         reportError(c, kErrSyntax);
+        return;
+    }
+    if (!isOperandList(rest)) {
+        reportError(c, kErrText, "Each operand must be one name, number or expression");
         return;
     }
     c.emit(std::string(head) + rest);

@@ -69,6 +69,10 @@ std::optional<std::vector<std::string>> readParameterNames(Compilation& c) {
             reportError(c, kErrSyntax);
             return std::nullopt;
         }
+        if (!isValidName(name)) {
+            reportError(c, kErrText, "'" + name + "' is not a valid name. " + kNameRule);
+            return std::nullopt;
+        }
         names.push_back(name);
         if (names.size() > kPositions) {
             reportError(c, kErrText, "Macro parameter limit exceeded");
@@ -257,7 +261,28 @@ bool compileValueCall(Compilation& c, const Value& dest, bool inCondition) {
 
 // --- Statements -----------------------------------------------------------------
 
+// The statements that only a macro body may hold.
+bool insideMacro(Compilation& c) {
+    if (!c.names.openMacro.empty()) return true;
+    reportError(c, kErrText, c.stmt.keyword + " outside a macro");
+    return false;
+}
+
+void compileEndm(Compilation& c) {
+    if (c.names.openMacro.empty()) {
+        reportError(c, kErrText, "ENDM without MACRO");
+        return;
+    }
+    c.names.openMacro.clear();
+    c.emit("\tEndm");
+}
+
+void compileExitm(Compilation& c) {
+    if (insideMacro(c)) c.emit("\tExitm");
+}
+
 void compileLocal(Compilation& c) {
+    if (!insideMacro(c)) return;
     std::string rest = readStatementRest(c);
     if (rest.empty()) {
         reportError(c, kErrSyntax);
@@ -268,6 +293,7 @@ void compileLocal(Compilation& c) {
 
 // A type-pair statement: the keyword in lower case and the rest of the line.
 void compileTypePair(Compilation& c) {
+    if (!insideMacro(c)) return;
     std::string head = c.stmt.keyword;
     for (char& ch : head)
         ch = static_cast<char>(std::tolower(static_cast<unsigned char>(ch)));
@@ -294,8 +320,8 @@ void typePairRoute(std::vector<Route>& routes) {
 std::span<const Route> macroRoutes() {
     static const std::vector<Route> routes = [] {
         std::vector<Route> r = {
-            {"ENDM", [](Compilation& c) { c.emit("\tEndm"); }},
-            {"EXITM", [](Compilation& c) { c.emit("\tExitm"); }},
+            {"ENDM", compileEndm},
+            {"EXITM", compileExitm},
             {"#LOCAL", compileLocal},
         };
         typePairRoute(r);
@@ -306,8 +332,17 @@ std::span<const Route> macroRoutes() {
 
 void compileMacroDeclaration(Compilation& c) {
     readWord(c); // MACRO
+    PassNames& use = c.names;
+    if (!use.openMacro.empty()) {
+        reportError(c, kErrText,
+                    "Macro '" + c.stmt.keyword + "' declared inside macro '" + use.openMacro +
+                        "'. ENDM missing");
+        return;
+    }
     std::optional<std::vector<std::string>> params = readParameterNames(c);
     if (!params) return;
+    use.openMacro = c.stmt.keyword;
+    use.openMacroLine = c.ctx.lineIndex;
     c.emit(headerLine(c.stmt.keyword, *params));
     c.emit(std::string(kKindNames));
 }

@@ -12,6 +12,7 @@
 #include "compiler/frontend/lexer.h"
 #include "compiler/frontend/operand.h"
 #include "compiler/frontend/statement.h"
+#include "compiler/library/crystal.h"
 #include "compiler/library/runtime_marks.h"
 
 #include <span>
@@ -34,6 +35,13 @@ constexpr DelayRoutine kMilliseconds = {Group::DelayMs, "dl@ms", "dly@w", "PP1",
 constexpr DelayRoutine kMicroseconds = {Group::DelayUs, "dl@us", "dlus@w", "PP0", "PP0H"};
 
 void callRoutine(Compilation& c, const DelayRoutine& r, bool wide) {
+    int mhz = c.device.settings[kXtal].number;
+    if (!hasMicrosecondDelay(mhz)) {
+        reportError(c, kErrText,
+                    "Delays are timed for crystals of 4, 8, 10, 12, 16 and 20 MHz only (XTAL is " +
+                        std::to_string(mhz) + ")");
+        return;
+    }
     need(c, r.group);
     emitOp(c, Op1::FarCall, wide ? r.entry16 : r.entry8);
 }

@@ -12,6 +12,8 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace zorvel {
@@ -74,6 +76,7 @@ struct StatementState {
     bool remarksOn = false;
     bool macroParamsOn = false;
     bool macroDefinition = false; // the head was "name MACRO"
+    int blockDepth = 0;           // block bodies (IF, FOR, WHILE, REPEAT) being compiled
 };
 
 // Where the next packed bit variable goes, and the temporaries in use.
@@ -91,6 +94,17 @@ struct AllocatorState {
 struct DataTableState {
     std::string skipLabel;
     bool pending = false;
+};
+
+// Names as pass 2 writes them: the labels placed so far, the first line that
+// jumps to each, the macro declaration still waiting for its ENDM, and the
+// names handed to the assembler's #define.
+struct PassNames {
+    std::unordered_set<std::string> placedLabels;
+    std::unordered_set<std::string> defines;
+    std::unordered_map<std::string, int> firstReference; // label -> workfile index
+    std::string openMacro;
+    int openMacroLine = -1;
 };
 
 // Per-pass counters of generated labels.
@@ -147,7 +161,7 @@ struct CompileOptions {
     // When set, the main source is this text instead of the file's contents, and
     // nothing is written: the output stays in asmlist and libraryOutput.
     // sourceName still names the program (diagnostics, INCLUDE folder).
-    std::optional<std::string> sourceText;
+    std::optional<std::string> sourceText{};
 };
 
 class Compilation {
@@ -172,13 +186,14 @@ public:
     CompileContext ctx;
     std::vector<SourceFile> sourceFiles;
     std::vector<SourceEntry> workfile;
-    std::vector<std::string> asmlist;  // output lines of pass 2
+    std::vector<std::string> asmlist;       // output lines of pass 2
     std::vector<std::string> libraryOutput; // the library file's lines, in-memory runs only
-    std::vector<std::string> messages; // the message list shown to the user
-    std::vector<std::string> alerts;   // message-box texts
+    std::vector<std::string> messages;      // the message list shown to the user
+    std::vector<std::string> alerts;        // message-box texts
     LineBuffer line;
     StatementState stmt;
     LabelCounters counters;
+    PassNames names;
     AllocatorState alloc;
     DataTableState dataTable;
     RuntimeState runtime;

@@ -8,6 +8,8 @@
 #include "compiler/driver/source_reader.h"
 #include "compiler/library/library_writer.h"
 
+#include <algorithm>
+
 namespace zorvel {
 namespace {
 
@@ -46,6 +48,7 @@ void resetPass(Compilation& c, int pass) {
     if (pass == 2) c.asmlist.reserve(c.workfile.size() * 8);
     c.stmt = StatementState{};
     c.counters = LabelCounters{};
+    c.names = PassNames{};
     c.alloc = AllocatorState{};
     c.dataTable = DataTableState{};
     c.device.resetForPass();
@@ -141,16 +144,46 @@ void buildOutputs(Compilation& c) {
 
 } // namespace
 
+// What only the end of the program shows: a macro left open, and jumps to
+// labels that were never written because END stopped the compile before them.
+void checkProgramEnd(Compilation& c) {
+    PassNames& use = c.names;
+    if (!use.openMacro.empty())
+        reportErrorAtLine(c, use.openMacroLine, kErrText,
+                          "Macro '" + use.openMacro + "' has no ENDM");
+    std::vector<std::pair<int, std::string>> missing;
+    for (const auto& [label, line] : use.firstReference)
+        if (!use.placedLabels.count(label)) missing.emplace_back(line, label);
+    std::sort(missing.begin(), missing.end());
+    for (const auto& [line, label] : missing)
+        reportErrorAtLine(c, line, kErrText, "Label '" + label + "' is after END");
+}
+
 void runPass(Compilation& c, int pass) {
     resetPass(c, pass);
     emitPrologue(c);
     loadDefaultDevice(c);
     compileTopLevel(c);
+    if (pass == 2 && c.ctx.errorCount < 2) checkProgramEnd(c);
+}
+
+// The library file's name goes into a quoted #include: a name with a double
+// quote or a control character cannot be written there.
+bool sourceNameUsable(Compilation& c) {
+    std::string name = c.options.sourceName.filename().string();
+    bool usable = std::none_of(name.begin(), name.end(), [](char ch) {
+        return ch == '"' || static_cast<unsigned char>(ch) < 32;
+    });
+    if (!usable)
+        c.ctx.runMessage = "\tThe source file name " + name +
+                           " cannot be used: the assembler cannot include a file whose name has a "
+                           "double quote or a control character. Rename the file!";
+    return usable;
 }
 
 void runCompile(Compilation& c) {
     resetRun(c);
-    if (!readAndExpandSource(c)) {
+    if (!sourceNameUsable(c) || !readAndExpandSource(c)) {
         c.messages.push_back(c.ctx.runMessage);
         c.ctx.errorCount = 1;
         return;

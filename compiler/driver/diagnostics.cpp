@@ -1,6 +1,7 @@
 #include "compiler/driver/diagnostics.h"
 
 #include "compiler/driver/compilation.h"
+#include "compiler/driver/line_loop.h"
 
 #include <string>
 
@@ -58,6 +59,14 @@ void reportError(Compilation& c, int code, std::string_view text) {
     if (c.ctx.pass != 2) return;
     c.messages.push_back(errorLine(c, code, text));
     ++c.ctx.errorCount;
+}
+
+void reportErrorAtLine(Compilation& c, int lineIndex, int code, std::string_view text) {
+    int saved = c.ctx.lineIndex;
+    c.ctx.lineIndex = lineIndex;
+    readLine(c);
+    reportError(c, code, text);
+    if (c.ctx.lineIndex == lineIndex) c.ctx.lineIndex = saved;
 }
 
 void reportWarning(Compilation& c, int code, std::string_view text) {

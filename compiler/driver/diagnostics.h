@@ -29,6 +29,9 @@ enum WarningCode { kWarnWhole = 0, kWarnText = 1 };
 // the run when too many errors have accumulated.
 void reportError(Compilation& c, int code, std::string_view text = {});
 
+// Reports an error at another working line than the current one.
+void reportErrorAtLine(Compilation& c, int lineIndex, int code, std::string_view text);
+
 // Reports a warning; compilation of the statement goes on.
 void reportWarning(Compilation& c, int code, std::string_view text);
 

@@ -40,19 +40,41 @@ static bool equalsNoCase(std::string_view a, std::string_view b) {
            });
 }
 
-std::optional<fs::path> findInFolder(const fs::path& folder, std::string_view name) {
+namespace {
+
+// The entry of `dir` named `part`: the exact name first, then one that
+// differs only in case. `wantFile` picks regular files, else folders.
+std::optional<fs::path> findEntry(const fs::path& dir, const std::string& part, bool wantFile) {
     std::error_code ec;
-    fs::path exact = folder / fs::path(std::string(name));
-    if (fs::is_regular_file(exact, ec)) return exact;
-    fs::path want(std::string{name});
-    fs::path dir = (folder / want).parent_path();
-    std::string leaf = want.filename().string();
+    auto fits = [&](const fs::path& p) {
+        return wantFile ? fs::is_regular_file(p, ec) : fs::is_directory(p, ec);
+    };
+    if (part == "." || part == "..") return dir / part;
+    if (fits(dir / part)) return dir / part;
     for (fs::directory_iterator it(dir, ec), end; !ec && it != end; it.increment(ec)) {
-        if (equalsNoCase(it->path().filename().string(), leaf) &&
-            fs::is_regular_file(it->path(), ec))
+        if (equalsNoCase(it->path().filename().string(), part) && fits(it->path()))
             return it->path();
     }
     return std::nullopt;
+}
+
+} // namespace
+
+std::optional<fs::path> findInFolder(const fs::path& folder, std::string_view name) {
+    std::string relative(name);
+    std::replace(relative.begin(), relative.end(), '\\', '/');
+    fs::path want(relative);
+    fs::path at = want.is_absolute() ? want.root_path() : folder;
+    std::vector<std::string> parts;
+    for (const fs::path& part : want.relative_path())
+        if (!part.empty()) parts.push_back(part.string());
+    if (parts.empty()) return std::nullopt;
+    for (size_t i = 0; i < parts.size(); ++i) {
+        std::optional<fs::path> next = findEntry(at, parts[i], i + 1 == parts.size());
+        if (!next) return std::nullopt;
+        at = *next;
+    }
+    return at;
 }
 
 std::string writeFileAtomic(const fs::path& path, std::string_view text) {

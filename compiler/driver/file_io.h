@@ -19,7 +19,9 @@ std::optional<std::string> readFile(const fs::path& path);
 // not start another line.
 std::vector<std::string> splitLines(std::string_view text);
 
-// Finds `name` in `folder`: the exact name first, then a case-insensitive match.
+// Finds the file `name` below `folder`; `name` may hold folders, separated by
+// "/" or "\\". Each part is matched by its exact name first, then by a name
+// that differs only in case.
 std::optional<fs::path> findInFolder(const fs::path& folder, std::string_view name);
 
 // Writes `text` to a temporary file beside `path` and renames it over `path`.

@@ -11,6 +11,7 @@ namespace zorvel {
 namespace {
 
 constexpr int kMaxIncludeDepth = 16;
+constexpr uintmax_t kMaxFileSize = uintmax_t{64} << 20;
 
 // The file name of an INCLUDE line, or nullopt when the line is no INCLUDE.
 // Sets `quoted` false when the opening quote is missing.
@@ -56,6 +57,11 @@ struct Expander {
     }
 
     bool expandFile(const fs::path& file, const std::string& entryPath) {
+        std::error_code ec;
+        if (fs::is_regular_file(file, ec) && fs::file_size(file, ec) > kMaxFileSize)
+            return fail("\t" + (entryPath.empty() ? file.string() : entryPath) +
+                        " is larger than " + std::to_string(kMaxFileSize >> 20) +
+                        " MiB: not a source file!");
         std::optional<std::string> text = readFile(file);
         if (!text) return fail("\tInclude file " + entryPath + " Cannot be read!");
         return expandText(file, entryPath, std::move(*text));

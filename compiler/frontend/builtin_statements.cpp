@@ -4,6 +4,7 @@
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
 #include "compiler/driver/line_loop.h"
+#include "compiler/frontend/declarations.h"
 #include "compiler/frontend/lexer.h"
 
 #include <string>
@@ -42,8 +43,11 @@ void emitHaltLoop(Compilation& c, bool clearWatchdog) {
     emitOp(c, Op1::FarGoto, label);
 }
 
+// END stops the program and the compile. Inside a block or a macro body the
+// lines after it still belong to the program: there it only stops the program.
 void compileEnd(Compilation& c) {
     emitHaltLoop(c, true);
+    if (c.stmt.blockDepth > 0 || !c.names.openMacro.empty()) return;
     c.emit("\tEND\r\n");
     c.ctx.endSeen = true;
     c.ctx.lineCount = c.ctx.lineIndex;
@@ -85,6 +89,7 @@ void compileOneLineAsm(Compilation& c) {
 }
 
 void compileDefine(Compilation& c) {
+    if (!claimDefineName(c)) return;
     c.emit("\t#" + c.line.raw);
     c.line.pos = c.line.length();
 }

@@ -316,6 +316,10 @@ std::string readNewName(Compilation& c, const char* duplicate, bool keywordFirst
             reportError(c, kErrText, "Variable Expected");
         return {};
     }
+    if (!isValidName(word)) {
+        reportError(c, kErrText, "'" + word + "' is not a valid name. " + kNameRule);
+        return {};
+    }
     std::string name = normaliseName(word);
     bool keyword = lookupKeyword(name).found();
     bool known = c.symbols.find(name) != nullptr;
@@ -329,6 +333,14 @@ std::string readNewName(Compilation& c, const char* duplicate, bool keywordFirst
     }
     if (const char* clash = assemblerNameClash(c, name)) {
         reportError(c, kErrText, "'" + name + "' " + clash);
+        return {};
+    }
+    if (c.labels.contains(name)) {
+        reportError(c, kErrText, "'" + name + "' is already a label");
+        return {};
+    }
+    if (c.names.defines.count(name)) {
+        reportError(c, kErrText, "'" + name + "' is already defined");
         return {};
     }
     return name;
@@ -437,6 +449,34 @@ constexpr Route kDeclarationRoutes[] = {{"DIM", compileDim}, {"SYMBOL", compileS
 
 std::span<const Route> declarationRoutes() {
     return kDeclarationRoutes;
+}
+
+bool claimDefineName(Compilation& c) {
+    LineBuffer& l = c.line;
+    size_t saved = l.pos;
+    skipBlanks(c);
+    size_t end = l.pos;
+    while (end < l.length() && !isBlank(l.upper[end]) && !isStatementEnd(l.upper[end]))
+        ++end;
+    std::string name = l.upper.substr(l.pos, end - l.pos);
+    l.pos = saved;
+    std::string fault;
+    if (name.empty())
+        fault = "Name expected";
+    else if (!isValidName(name))
+        fault = "'" + name + "' is not a valid name. " + kNameRule;
+    else if (c.names.defines.count(name))
+        fault = "'" + name + "' is already defined";
+    else if (const char* clash = assemblerNameClash(c, name))
+        fault = "'" + name + "' " + clash;
+    else if (findSetting(name) < 0 && (c.symbols.find(name) || c.labels.contains(name)))
+        fault = "'" + name + "' is already declared";
+    if (fault.empty()) {
+        c.names.defines.insert(name);
+        return true;
+    }
+    reportError(c, kErrText, fault);
+    return false;
 }
 
 std::optional<int> placeByte(Compilation& c) {

@@ -14,6 +14,12 @@ class Compilation;
 
 std::span<const Route> declarationRoutes();
 
+// Reads the name that DEFINE, or DECLARE with a key it does not know, hands
+// to the assembler's #define: one valid name, defined once, and no name the
+// program or the assembler already uses. Reports and returns false otherwise;
+// the cursor stays where it was.
+bool claimDefineName(Compilation& c);
+
 // Places one RAM byte (after the bank gap skip); nullopt when RAM is full.
 std::optional<int> placeByte(Compilation& c);
 

@@ -253,6 +253,7 @@ bool loadDevice(Compilation& c) {
     if (d.interruptOn) allocateSaveBytes(c);
     allocateSystemVariables(c);
     declarePortNames(c);
+    d.loadedSymbols = c.symbols.size();
     return true;
 }
 

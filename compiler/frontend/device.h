@@ -159,7 +159,8 @@ struct DeviceModel {
     bool oscCalSmall = false; // SET_OSCCAL on a device of at most 1K words
     bool oscCalLarge = false; // SET_OSCCAL on a device of 2K words or more
     bool setThisPass = false;
-    int allocAddress = 0; // next free RAM address
+    int allocAddress = 0;     // next free RAM address
+    size_t loadedSymbols = 0; // the symbol count right after the last load
 
     // Resets what every pass starts from.
     void resetForPass();

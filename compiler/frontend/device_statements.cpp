@@ -3,6 +3,7 @@
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
 #include "compiler/frontend/const_expr.h"
+#include "compiler/frontend/declarations.h"
 #include "compiler/frontend/lexer.h"
 #include "compiler/frontend/numbers.h"
 #include "compiler/frontend/operand.h"
@@ -14,8 +15,9 @@ namespace {
 
 constexpr size_t kMaxDeviceName = 19;
 
+// Only the first DEVICE of a pass loads; a later one cannot undo a failed load.
+// Loading rebuilds the symbol table, so it must come before any declaration.
 void compileDevice(Compilation& c) {
-    c.ctx.deviceSet = true;
     c.ctx.defaultDevice = false;
     std::string name = readWord(c);
     if (name.empty()) {
@@ -23,8 +25,13 @@ void compileDevice(Compilation& c) {
         return;
     }
     if (c.device.setThisPass) return;
+    c.ctx.deviceSet = true;
     if (name.size() > kMaxDeviceName) {
         reportError(c, kErrText, "Device name '" + name + "' is too long. 19 characters maximum");
+        return;
+    }
+    if (c.symbols.size() > c.device.loadedSymbols) {
+        reportError(c, kErrText, "DEVICE must come before the declarations and statements");
         return;
     }
     c.device.name = name;
@@ -165,6 +172,14 @@ void readSetting(Compilation& c, Setting key) {
     }
 }
 
+// The crystal is a whole number of MHz that a mid-range PIC can run at.
+void checkCrystal(Compilation& c) {
+    int& mhz = c.device.settings[kXtal].number;
+    if (mhz >= 1 && mhz <= 20 && atStatementEnd(c)) return;
+    reportError(c, kErrText, "XTAL is a whole number of MHz from 1 to 20");
+    mhz = settingTable()[kXtal].number;
+}
+
 // The XTAL constant follows the crystal setting.
 void updateXtalSymbol(Compilation& c) {
     if (SymbolEntry* xtal = c.symbols.findMutable("XTAL"); xtal && xtal->kind == kKindNum) {
@@ -178,11 +193,14 @@ void compileDeclare(Compilation& c) {
     std::string key = readWord(c);
     int index = findSetting(key);
     if (index >= 0 && !c.device.settings.values[index].declared) {
+        int errors = c.ctx.errorCount;
         readSetting(c, static_cast<Setting>(index));
+        if (index == kXtal && c.ctx.errorCount == errors) checkCrystal(c);
         if (index == kXtal) updateXtalSymbol(c);
         return;
     }
     c.line.pos = afterDeclare;
+    if (!claimDefineName(c)) return;
     c.emit("\t#Define " + readStatementRest(c));
 }
 

@@ -35,6 +35,13 @@ bool isStatementEnd(char ch) {
     return ch == '\r' || ch == '\n' || ch == '\0' || ch == ':' || ch == '\'';
 }
 
+bool isValidName(std::string_view name) {
+    if (name.empty() || !isLetterLike(name[0])) return false;
+    for (char ch : name)
+        if (!isLetterLike(ch) && !(ch >= '0' && ch <= '9')) return false;
+    return true;
+}
+
 void skipBlanks(Compilation& c) {
     LineBuffer& l = c.line;
     while (l.pos < l.length() && isBlank(l.upper[l.pos]))
@@ -134,7 +141,10 @@ std::string normaliseName(std::string_view name) {
 
 bool lookupLabel(Compilation& c, bool report, std::string_view name) {
     if (c.ctx.pass != 2) return false;
-    if (c.labels.contains(name)) return true;
+    if (c.labels.contains(name)) {
+        c.names.firstReference.try_emplace(std::string(name), c.ctx.lineIndex);
+        return true;
+    }
     if (report) reportError(c, kErrText, "Label '" + std::string(name) + "' not found");
     return false;
 }

@@ -42,6 +42,12 @@ std::string readStatementRest(Compilation& c);
 // Returns ':' when a statement separator follows; otherwise moves to the end.
 char separatorCheck(Compilation& c);
 
+// A name the program may declare or use as a label: a letter or "_", then
+// letters, digits and "_".
+bool isValidName(std::string_view name);
+constexpr const char* kNameRule =
+    "Names begin with a letter or '_' and hold letters, digits and '_'";
+
 // A single-letter name gets a leading "_" (X becomes _X).
 std::string normaliseName(std::string_view name);
 

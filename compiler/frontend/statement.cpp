@@ -8,6 +8,7 @@
 #include "compiler/frontend/device_statements.h"
 #include "compiler/frontend/keywords.h"
 #include "compiler/frontend/lexer.h"
+#include "compiler/frontend/reserved_names.h"
 
 #include <algorithm>
 #include <unordered_map>
@@ -63,6 +64,17 @@ bool isDataLabel(Compilation& c) {
     return cdata;
 }
 
+// Why a label cannot be written as an assembler label, or nullptr.
+const char* labelFault(Compilation& c, const std::string& label) {
+    if (label.empty()) return nullptr;
+    if (label[0] >= '0' && label[0] <= '9') return "Labels must not start with a number";
+    if (!isValidName(label)) return "Not a valid label name. Labels hold letters, digits and '_'";
+    if (c.ctx.pass != 2) return nullptr;
+    if (assemblerNameClash(c, label)) return "An assembler word cannot be used as a label";
+    if (c.symbols.find(label)) return "A declared name cannot be used as a label";
+    return nullptr;
+}
+
 void compileLabel(Compilation& c, const std::string& label) {
     bool data = isDataLabel(c);
     if (c.line.at(c.line.pos + 1) == '-') ++c.line.pos;
@@ -72,8 +84,14 @@ void compileLabel(Compilation& c, const std::string& label) {
         c.emit(label + "\tR@B");
     c.stmt.lineHasLabel = true;
     recordLabel(c, label);
-    if (!label.empty() && label[0] >= '0' && label[0] <= '9') {
-        reportError(c, kErrText, "Labels must not start with a number");
+    bool firstPlacement = c.ctx.pass != 2 || c.names.placedLabels.insert(label).second;
+    if (const char* fault = labelFault(c, label)) {
+        reportError(c, kErrText, fault);
+        c.stmt.nothingToDispatch = true;
+        return;
+    }
+    if (!label.empty() && !firstPlacement) {
+        reportError(c, kErrText, "Label '" + label + "' is already defined");
         c.stmt.nothingToDispatch = true;
         return;
     }
@@ -93,6 +111,11 @@ void compileLabel(Compilation& c, const std::string& label) {
 }
 
 void compileMacroHead(Compilation& c, const std::string& name) {
+    if (!isValidName(name)) {
+        reportError(c, kErrText, "'" + name + "' is not a valid name. " + kNameRule);
+        c.stmt.nothingToDispatch = true;
+        return;
+    }
     if (lookupKeyword(name).found()) {
         reportError(c, kErrText, "'" + name + "' is a reserved KEYWORD");
         c.stmt.nothingToDispatch = true;

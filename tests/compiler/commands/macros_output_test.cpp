@@ -79,7 +79,12 @@ TEST(MacroDeclaration, EveryTypePairWordInLowerCase) {
         std::string lower = w;
         for (char& ch : lower)
             ch = static_cast<char>(std::tolower(static_cast<unsigned char>(ch)));
-        EXPECT_EQ(test::statementCode(std::string(w) + " x1,Y2"), Lines{"\t" + lower + " x1,Y2"})
+        Lines code = test::statementCode("M9 MACRO\n" + std::string(w) + " x1,Y2\nENDM");
+        ASSERT_EQ(code.size(), 4u) << w;
+        EXPECT_EQ(code[2], "\t" + lower + " x1,Y2") << w;
+        EXPECT_EQ(test::statementMessages(std::string(w) + " x1,Y2"),
+                  Lines{test::frame(test::statementLine(), std::string(w) + " X1,Y2",
+                                    std::string(w) + " outside a macro")})
             << w;
     }
 }
@@ -237,7 +242,9 @@ INSTANTIATE_TEST_SUITE_P(
         ErrorCase{"UnknownMacro", "NOSUCH 1, 2", "Macro 'NOSUCH' not found"},
         ErrorCase{"UnknownArgument", "ADD2 Q", " Variable ' _Q ' not defined"},
         ErrorCase{"ResultIntoWreg", "WREG = ADD2 A", "A macro result cannot be stored in 'WREG'"},
-        ErrorCase{"LocalWithoutNames", "#LOCAL", "Syntax Error"},
+        ErrorCase{"LocalOutsideMacro", "#LOCAL X", "#LOCAL outside a macro"},
+        ErrorCase{"ExitmOutsideMacro", "EXITM", "EXITM outside a macro"},
+        ErrorCase{"EndmWithoutMacro", "ENDM", "ENDM without MACRO"},
         ErrorCase{"KeywordAsName", "PRINT MACRO P1", "'PRINT' is a reserved KEYWORD"}),
     [](const testing::TestParamInfo<ErrorCase>& info) { return std::string(info.param.name); });
 

@@ -66,9 +66,6 @@ INSTANTIATE_TEST_SUITE_P(
                    {"\tMov@fw DURH", "\tMov@wf PP0H", "\tMov@fw DUR", "\tF@C dlus@w"}},
         TimingCase{at(4, "DELAYUS FLG"),
                    {"\tClrw", "\tBtf@sc B@VR1,0", "\tMovlw 1", "\tF@C dl@us"}},
-        // A crystal without in-line table calls the routine even for 1.
-        TimingCase{at(3, "DELAYUS 1"), {"\tMovlw 1", "\tF@C dl@us"}},
-        TimingCase{at(3, "DELAYUS 0"), {"\tClrw", "\tF@C dl@us"}},
         // In line.
         TimingCase{at(4, "DELAYUS 0"), {"; Blank "}}, TimingCase{at(20, "DELAYUS 0"), {"; Blank "}},
         TimingCase{at(4, "DELAYUS 1"), {"\tNop"}},

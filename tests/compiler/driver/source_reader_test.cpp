@@ -128,8 +128,8 @@ TEST(Include, LineEndingsOfEveryKind) {
     Home home;
     TempDir src;
     CompileResult r = compileFile(
-        src.write("p.bas", "DEFINE A 1\r\nDEFINE B 2\rDEFINE C 3\nDEFINE D 4"), home.dir.path());
-    EXPECT_EQ(body(r), (Lines{"\t#DEFINE A 1", "\t#DEFINE B 2", "\t#DEFINE C 3", "\t#DEFINE D 4",
+        src.write("p.bas", "DEFINE AA 1\r\nDEFINE BB 2\rDEFINE CC 3\nDEFINE DD 4"), home.dir.path());
+    EXPECT_EQ(body(r), (Lines{"\t#DEFINE AA 1", "\t#DEFINE BB 2", "\t#DEFINE CC 3", "\t#DEFINE DD 4",
                               "\tEND", ""}));
 }
 

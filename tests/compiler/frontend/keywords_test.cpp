@@ -87,10 +87,10 @@ TEST(TableLimits, AThousandLabelsAreFine) {
 TEST(TableLimits, MacroNamesBeyondTwoHundredAreRefused) {
     std::string source;
     for (int i = 0; i < 201; ++i)
-        source += "M" + std::to_string(i) + " MACRO\n";
+        source += "M" + std::to_string(i) + " MACRO\nENDM\n";
     CompileResult r = compileSource(source);
     ASSERT_FALSE(r.messages.empty());
-    EXPECT_EQ(r.messages[0], "Error at Line [201]\tIn file [prog.bas]\tM200 MACRO\t*** Too many "
+    EXPECT_EQ(r.messages[0], "Error at Line [401]\tIn file [prog.bas]\tM200 MACRO\t*** Too many "
                              "macros. A program has at most 200! ***");
     EXPECT_EQ(r.compilation->macroNames.size(), 200u);
 }
