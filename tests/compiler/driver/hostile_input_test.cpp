@@ -1,0 +1,138 @@
+// Sources that once compiled without an error and then failed in the
+// assembler, or crashed the compiler: each now gets its message on its line,
+// or compiles to a program that assembles.
+#include "support/test_support.h"
+
+#include <gtest/gtest.h>
+
+namespace zorvel::test {
+namespace {
+
+struct HostileCase {
+    const char* name;
+    const char* source;
+    int line;         // of prog.bas
+    const char* text; // the line as the message shows it
+    const char* what; // the message
+};
+
+void PrintTo(const HostileCase& h, std::ostream* os) {
+    *os << h.source;
+}
+
+class HostileSource : public testing::TestWithParam<HostileCase> {};
+
+TEST_P(HostileSource, FirstMessage) {
+    const HostileCase& h = GetParam();
+    CompileResult r = compileSource(h.source);
+    ASSERT_FALSE(r.messages.empty()) << h.source;
+    EXPECT_EQ(r.messages[0], frame(h.line, h.text, h.what)) << h.source;
+    EXPECT_GT(r.errors, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, HostileSource,
+    testing::Values(
+        HostileCase{"DeviceAfterBit", "DIM BT AS BIT\nDEVICE 16F877\nDIM BT2 AS BIT\nEND", 2,
+                    "DEVICE 16F877", "DEVICE must come before the declarations and statements"},
+        HostileCase{"QuoteInName", "DIM A\"B", 1, "DIM A\"B",
+                    "'A\"B' is not a valid name. "
+                    "Names begin with a letter or '_' and hold letters, digits and '_'"},
+        HostileCase{"MacroNeverClosed", "ADDUP MACRO P1\nEND", 1, "ADDUP MACRO P1",
+                    "Macro 'ADDUP' has no ENDM"},
+        HostileCase{"ExitmAlone", "EXITM", 1, "EXITM", "EXITM outside a macro"},
+        HostileCase{"TypePairAlone", "RETURN_WORD", 1, "RETURN_WORD",
+                    "RETURN_WORD outside a macro"},
+        HostileCase{"TypePairWithWords", "NUM_WREG A B C", 1, "NUM_WREG A B C",
+                    "NUM_WREG outside a macro"},
+        HostileCase{"LocalAlone", "#LOCAL X", 1, "#LOCAL X", "#LOCAL outside a macro"},
+        HostileCase{"DefineNumber", "DEFINE 20", 1, "DEFINE 20",
+                    "'20' is not a valid name. "
+                    "Names begin with a letter or '_' and hold letters, digits and '_'"},
+        HostileCase{"DefineTwice", "DEFINE X 1\nDEFINE X 2", 2, "DEFINE X 2",
+                    "'X' is already defined"},
+        HostileCase{"DefineAssemblerWord", "DEFINE B 2", 1, "DEFINE B 2",
+                    "'B' is an assembler word and cannot be used as a name"},
+        HostileCase{"DefineDeclaredName", "DIM COUNT AS BYTE\nDEFINE COUNT 2", 2, "DEFINE COUNT 2",
+                    "'COUNT' is already declared"},
+        HostileCase{"DeclareOwnKeyTwice", "DECLARE MY_SETTING 1\nDECLARE MY_SETTING 1", 2,
+                    "DECLARE MY_SETTING 1", "'MY_SETTING' is already defined"},
+        HostileCase{"DeclareKeyWithBracket", "DECLARE BUS_(DELAYMS 0", 1, "DECLARE BUS_(DELAYMS 0",
+                    "'BUS_(DELAYMS' is not a valid name. "
+                    "Names begin with a letter or '_' and hold letters, digits and '_'"},
+        HostileCase{"GotoPastEnd", "GOTO L\nEND\nL:", 1, "GOTO L", "Label 'L' is after END"},
+        HostileCase{"HandlerPastEnd", "ON_INTERRUPT ISR\nEND\nISR:", 1, "ON_INTERRUPT ISR",
+                    "Label 'ISR' is after END"},
+        HostileCase{"LabelTwice", "L1:\nL1:", 2, "L1:", "Label 'L1' is already defined"},
+        HostileCase{"VariableIsLabel", "DIM CNT AS BYTE\nCNT:", 1, "DIM CNT AS BYTE",
+                    "'CNT' is already a label"},
+        HostileCase{"MacroInsideMacro", "M1 MACRO\nM2 MACRO\nENDM", 2, "M2 MACRO",
+                    "Macro 'M2' declared inside macro 'M1'. ENDM missing"},
+        HostileCase{"EndmAlone", "ENDM", 1, "ENDM", "ENDM without MACRO"},
+        HostileCase{
+            "CrystalWithoutDelays", "DECLARE XTAL 3\nDELAYMS 10", 2, "DELAYMS 10",
+            "Delays are timed for crystals of 4, 8, 10, 12, 16 and 20 MHz only (XTAL is 3)"},
+        HostileCase{"CrystalZero", "DECLARE XTAL 0\nDELAYMS 10", 1, "DECLARE XTAL 0",
+                    "XTAL is a whole number of MHz from 1 to 20"},
+        HostileCase{"CrystalTooHigh", "DECLARE XTAL 21", 1, "DECLARE XTAL 21",
+                    "XTAL is a whole number of MHz from 1 to 20"},
+        HostileCase{"CrystalFraction", "DECLARE XTAL 1.5", 1, "DECLARE XTAL 1.5",
+                    "XTAL is a whole number of MHz from 1 to 20"},
+        HostileCase{"CrystalText", "DECLARE XTAL TEXT", 1, "DECLARE XTAL TEXT",
+                    " Variable ' TEXT ' not defined"},
+        HostileCase{"MnemonicWithStatement", "LGOTO DECLARE BOOTLOADER OFF", 1,
+                    "LGOTO DECLARE BOOTLOADER OFF",
+                    "Each operand must be one name, number or expression"}),
+    [](const testing::TestParamInfo<HostileCase>& info) { return std::string(info.param.name); });
+
+// Two DEVICE lines naming a device without a file stop the run once, before
+// anything reaches the assembler.
+TEST(HostileDevice, UnknownDeviceTwiceStopsTheRun) {
+    CompileResult r = compileSource("DEVICE FOO\nDEVICE FOO\nEND");
+    EXPECT_GT(r.errors, 0);
+    ASSERT_EQ(r.alerts.size(), 1u);
+    EXPECT_EQ(r.alerts[0], "Unrecognised PIC type.");
+}
+
+// What these compile to must assemble: END inside a block stops only the
+// program, the code after it is still compiled, and the jump over it lands.
+TEST(HostileAssembles, EndInsideBlocksAndMacros) {
+    const char* sources[] = {
+        "DIM A AS BYTE\nIF A = 1 THEN END\nA = 2\nEND",
+        "DIM A AS BYTE\nIF A = 1 THEN\nEND\nENDIF\nA = 2\nEND",
+        "DIM A AS BYTE\nFOR A = 1 TO 3\nIF A = 2 THEN END\nNEXT\nEND",
+        "STOPIT MACRO\nEND\nENDM\nSTOPIT\nEND",
+    };
+    for (const char* source : sources) {
+        TempDir dir;
+        CompileResult r = compileFile(dir.write("prog.bas", source), dataFolder(), true);
+        EXPECT_EQ(r.errors, 0) << source << "\n" << (r.messages.empty() ? "" : r.messages[0]);
+    }
+}
+
+// Folders in an INCLUDE name are found whatever their case on disk.
+TEST(HostileInclude, FolderPartMatchedByCase) {
+    TempDir dir;
+    std::filesystem::create_directories(dir.path() / "sub");
+    dir.write("sub/lower.inc", "DIM FROMSUB AS BYTE\n");
+    CompileResult r = compileFile(
+        dir.write("prog.bas", "INCLUDE \"sub/lower.inc\"\nFROMSUB = 1\nEND\n"), dataFolder());
+    EXPECT_EQ(r.errors, 0) << (r.messages.empty() ? "" : r.messages[0]);
+}
+
+// A source name the assembler's #include cannot hold is refused before
+// anything is written.
+TEST(HostileInclude, SourceNameWithQuoteIsRefused) {
+    TempDir dir;
+    std::filesystem::path source = dir.write("q\"x.bas", "DIM A AS BYTE\nEND\n");
+    CompileResult r = compileFile(source, dataFolder());
+    ASSERT_EQ(r.messages.size(), 1u);
+    EXPECT_EQ(r.messages[0], "\tThe source file name q\"x.bas cannot be used: the assembler "
+                             "cannot include a file whose name has a double quote or a control "
+                             "character. Rename the file!");
+    EXPECT_FALSE(std::filesystem::exists(dir.path() / "q\"x.asm"));
+    EXPECT_FALSE(std::filesystem::exists(dir.path() / "q\"x.zvl"));
+}
+
+} // namespace
+} // namespace zorvel::test
