@@ -121,6 +121,11 @@ void compileError(Compilation& c) {
 
 void compileNothing(Compilation&) {}
 
+// The source reader has put the included lines in place already.
+void skipIncludeName(Compilation& c) {
+    c.line.pos = c.line.length();
+}
+
 constexpr Route kBuiltinRoutes[] = {
     {"ELSE", compileNothing},
     {"ENDIF", compileNothing},
@@ -132,7 +137,7 @@ constexpr Route kBuiltinRoutes[] = {
     {"DEFINE", compileDefine},
     {"END", compileEnd},
     {"STOP", compileStop},
-    {"INCLUDE", compileNothing},
+    {"INCLUDE", skipIncludeName},
     {"MACRO_PARAMS", compileMacroParams},
     {"REMARKS", compileRemarks},
     {"S_ASM", compileOneLineAsm},

@@ -77,7 +77,6 @@ const char* labelFault(Compilation& c, const std::string& label) {
 
 void compileLabel(Compilation& c, const std::string& label) {
     bool data = isDataLabel(c);
-    if (c.line.at(c.line.pos + 1) == '-') ++c.line.pos;
     if (data || label == c.device.handlerLabel)
         c.emit(label);
     else
@@ -101,6 +100,7 @@ void compileLabel(Compilation& c, const std::string& label) {
         return;
     }
     if (c.line.peek() == ':') ++c.line.pos;
+    if (c.line.peek() == '-') ++c.line.pos; // "NAME:-" marks a data label
     skipBlanks(c);
     if (c.line.peek() == '@') {
         ++c.line.pos;
@@ -193,6 +193,7 @@ void compileStatementsOfLine(Compilation& c) {
     LineBuffer& l = c.line;
     do {
         c.stmt.nothingToDispatch = false;
+        int errors = c.ctx.errorCount;
         readStatementHead(c);
         if (!c.stmt.nothingToDispatch) {
             dispatchStatement(c);
@@ -200,7 +201,11 @@ void compileStatementsOfLine(Compilation& c) {
         }
         if (l.pos < l.length()) {
             skipBlanks(c);
-            if (l.peek() != ':' && !closingKeywordFollows(c)) l.pos = l.length();
+            if (l.peek() != ':' && !closingKeywordFollows(c)) {
+                if (c.ctx.pass == 2 && errors == c.ctx.errorCount && !isStatementEnd(l.peek()))
+                    reportError(c, kErrText, "Unexpected text after the statement");
+                l.pos = l.length();
+            }
         }
     } while (l.pos < l.length());
 }
