@@ -6,8 +6,11 @@
 #include "sim/pic16.h"
 #include "sim/vcd.h"
 
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
+#include <fstream>
 #include <iostream>
 #include <map>
 #include <sstream>
@@ -18,6 +21,11 @@ namespace zorvel::cli {
 namespace {
 
 constexpr uint64_t defaultCycles = 1000000;
+// About half a minute of simulation on a fast machine.
+constexpr uint64_t kMaxCycles = 10'000'000'000;
+// From a 32.768 kHz watch crystal to twice the 20 MHz of the classic parts.
+constexpr double kMinXtalMhz = 0.032;
+constexpr double kMaxXtalMhz = 40.0;
 
 struct UartRequest {
     std::string pin;
@@ -40,6 +48,16 @@ std::optional<int> number(const std::string& text) {
     for (char c : text)
         if (c < '0' || c > '9') return std::nullopt;
     return std::stoi(text);
+}
+
+// A whole number of cycles from 0 to kMaxCycles, digits only.
+std::optional<uint64_t> cycleCount(const std::string& text) {
+    if (text.empty() || text.size() > 11) return std::nullopt;
+    for (char c : text)
+        if (c < '0' || c > '9') return std::nullopt;
+    uint64_t value = std::stoull(text);
+    if (value > kMaxCycles) return std::nullopt;
+    return value;
 }
 
 std::optional<UartRequest> parseUart(const std::string& text) {
@@ -97,18 +115,32 @@ std::optional<Plan> makePlan(const SimOptions& o, std::string& error) {
         error = "--dump wants regs or ram, not '" + *o.dump + "'";
         return std::nullopt;
     }
-    if (!(o.xtalMhz > 0.0 && o.xtalMhz <= 100.0)) {
-        error = "--xtal wants a crystal frequency in MHz above 0 and up to 100";
+    if (!(o.xtalMhz >= kMinXtalMhz && o.xtalMhz <= kMaxXtalMhz)) {
+        error = "--xtal wants a crystal frequency in MHz from 0.032 to 40";
         return std::nullopt;
     }
-    if (o.cycles) plan.cycles = *o.cycles;
-    if (o.milliseconds) {
-        if (!(*o.milliseconds >= 0.0 && *o.milliseconds <= 1e7)) {
-            error = "--ms wants a number of milliseconds from 0 to 10000000";
+    if (o.cycles) {
+        std::optional<uint64_t> cycles = cycleCount(*o.cycles);
+        if (!cycles) {
+            error = "--cycles wants a whole number from 0 to " + std::to_string(kMaxCycles) +
+                    ", not '" + *o.cycles + "'";
             return std::nullopt;
         }
-        plan.cycles =
-            static_cast<uint64_t>(std::llround(*o.milliseconds * 1e-3 * o.xtalMhz * 1e6 / 4));
+        plan.cycles = *cycles;
+    }
+    if (o.milliseconds) {
+        // The same limit in milliseconds at this crystal, whole milliseconds.
+        double cyclesPerMs = o.xtalMhz * 1e3 / 4;
+        double maxMs = std::floor(static_cast<double>(kMaxCycles) / cyclesPerMs);
+        if (!(*o.milliseconds >= 0.0 && *o.milliseconds <= maxMs)) {
+            char xtal[32];
+            std::snprintf(xtal, sizeof xtal, "%g", o.xtalMhz);
+            error = "--ms wants a number of milliseconds from 0 to " +
+                    std::to_string(static_cast<uint64_t>(maxMs)) + " at " + xtal + " MHz (" +
+                    std::to_string(kMaxCycles) + " cycles)";
+            return std::nullopt;
+        }
+        plan.cycles = static_cast<uint64_t>(std::llround(*o.milliseconds * cyclesPerMs));
     }
     return plan;
 }
@@ -161,15 +193,24 @@ int fail(const std::string& message) {
     return 2;
 }
 
+// "cannot write PATH: reason", the reason from errno when the failing call set it.
+std::string cannotWrite(const std::string& path) {
+    std::string text = "cannot write " + path;
+    if (errno != 0) text += std::string(": ") + std::strerror(errno);
+    return text;
+}
+
 } // namespace
 
 void addSimCommand(CLI::App& app, SimOptions& o) {
     CLI::App* sim = app.add_subcommand("sim", "Run a HEX file on a simulated PIC16");
     sim->add_option("FILE", o.hexFile, "The .hex file (INHX8M or INHX32)")->required();
     sim->add_option("--device", o.device, "The device, e.g. 16F877")->required();
-    sim->add_option("--xtal", o.xtalMhz, "Crystal frequency in MHz (default 4)");
-    auto* cycles = sim->add_option("--cycles", o.cycles, "Instruction cycles to run");
-    auto* ms = sim->add_option("--ms", o.milliseconds, "Simulated milliseconds to run");
+    sim->add_option("--xtal", o.xtalMhz, "Crystal frequency in MHz, 0.032 to 40 (default 4)");
+    auto* cycles = sim->add_option(
+        "--cycles", o.cycles, "Instruction cycles to run, up to 10000000000 (default 1000000)");
+    auto* ms = sim->add_option("--ms", o.milliseconds,
+                               "Simulated milliseconds to run, up to 10000000000 cycles' worth");
     cycles->excludes(ms);
     sim->add_option("--uart-rx", o.uartRx, "Decode serial output: PIN:BAUD[:inv]");
     sim->add_option("--lcd", o.lcd, "HD44780 LCD in 4-bit mode: RS,E,D4,D5,D6,D7[:LINES]");
@@ -192,12 +233,11 @@ int runSim(const SimOptions& o, const std::filesystem::path& executable) {
     std::optional<sim::HexData> hexData = sim::readHex(o.hexFile, error);
     if (!hexData) return fail(error);
 
+    std::ofstream vcdFile; // outlives the machine, whose VCD writer points at it
     sim::Pic16 pic(*layout, o.xtalMhz);
     pic.load(*hexData);
     std::vector<const sim::UartReceiver*> uarts;
     const sim::Hd44780* lcd = nullptr;
-    auto vcd = std::make_unique<sim::VcdWriter>();
-    sim::VcdWriter* vcdWriter = vcd.get();
     try {
         for (const UartRequest& r : plan->uarts) {
             auto part = std::make_unique<sim::UartReceiver>(r.pin, r.baud, r.inverted);
@@ -212,12 +252,29 @@ int runSim(const SimOptions& o, const std::filesystem::path& executable) {
     } catch (const std::invalid_argument& e) {
         return fail(std::string(e.what()) + " on " + layout->name);
     }
-    if (o.vcd) pic.attach(std::move(vcd));
+    // The VCD file is opened before the run, so that a path that cannot be
+    // written is reported at once; it is written as the run goes.
+    sim::VcdWriter* vcd = nullptr;
+    if (o.vcd) {
+        std::error_code ec;
+        if (std::filesystem::equivalent(*o.vcd, o.hexFile, ec))
+            return fail("--vcd " + *o.vcd + " would overwrite the HEX file");
+        errno = 0;
+        vcdFile.open(*o.vcd, std::ios::binary);
+        if (!vcdFile) return fail(cannotWrite(*o.vcd));
+        auto part = std::make_unique<sim::VcdWriter>(vcdFile);
+        vcd = part.get();
+        pic.attach(std::move(part));
+    }
     pic.run(plan->cycles);
     printResults(pic, uarts, plan->uarts, lcd);
     if (o.dump && *o.dump == "regs") printRegisters(pic);
     if (o.dump && *o.dump == "ram") printRam(pic);
-    if (o.vcd && !vcdWriter->save(*o.vcd, pic.cycles(), error)) return fail(error);
+    if (!vcd) return 0;
+    vcd->finish(pic.cycles());
+    errno = 0;
+    vcdFile.close();
+    if (!vcdFile) return fail(cannotWrite(*o.vcd));
     return 0;
 }
 

@@ -16,7 +16,7 @@ struct SimOptions {
     std::string hexFile;
     std::string device;
     double xtalMhz = 4.0;
-    std::optional<uint64_t> cycles;
+    std::optional<std::string> cycles; // checked by runSim: CLI11 would wrap "-1"
     std::optional<double> milliseconds;
     std::vector<std::string> uartRx; // PIN:BAUD[:inv]
     std::optional<std::string> lcd;  // RS,E,D4,D5,D6,D7[:LINES]

@@ -1,7 +1,9 @@
 #include "sim/device_layout.h"
 
+#include "sim/input_file.h"
+
 #include <cctype>
-#include <fstream>
+#include <sstream>
 #include <vector>
 
 namespace zorvel::sim {
@@ -9,6 +11,8 @@ namespace zorvel::sim {
 namespace {
 
 constexpr int kNumericFields = 46;
+// Device files are a few kilobytes.
+constexpr uintmax_t kMaxDeviceFileBytes = 1u << 20;
 
 std::string trim(const std::string& s) {
     size_t b = s.find_first_not_of(" \t\r");
@@ -63,11 +67,10 @@ std::optional<DeviceLayout> loadDeviceLayout(const std::filesystem::path& incFol
              std::isdigit(static_cast<unsigned char>(upper[1])))
         upper = upper.substr(1);
     std::filesystem::path file = incFolder / ("P" + upper + ".inf");
-    std::ifstream in(file);
-    if (!in) {
-        error = "cannot open device file " + file.string();
-        return std::nullopt;
-    }
+    std::optional<std::string> text =
+        readInputFile(file, "device file", kMaxDeviceFileBytes, error);
+    if (!text) return std::nullopt;
+    std::istringstream in(*text);
     DeviceLayout layout;
     layout.name = upper;
     std::vector<int> fields;

@@ -1,7 +1,7 @@
 #include "sim/hex_loader.h"
 
-#include <fstream>
-#include <sstream>
+#include "sim/input_file.h"
+
 #include <vector>
 
 namespace zorvel::sim {
@@ -10,6 +10,12 @@ namespace {
 
 constexpr int kEepromByteAddress = 0x4200; // word address 0x2100
 constexpr int kConfigWordAddress = 0x2007;
+// Program memory, IDs, configuration and EEPROM data all lie below this byte
+// address; keeping nothing above it bounds the memory a HEX file can take.
+constexpr uint64_t kEndByteAddress = 0x4400;
+// A full 8K-word program with its configuration and EEPROM data is well
+// under 1 MiB of HEX text.
+constexpr uintmax_t kMaxHexFileBytes = 16u << 20;
 
 int hexDigit(char c) {
     if (c >= '0' && c <= '9') return c - '0';
@@ -50,6 +56,8 @@ struct Loader {
         uint32_t offset = static_cast<uint32_t>(b[1] << 8 | b[2]);
         switch (b[3]) {
         case 0x00:
+            if (uint64_t{base} + offset + b[0] > kEndByteAddress)
+                return "data beyond byte address 0x43FF, outside PIC16 memory";
             for (int i = 0; i < b[0]; ++i)
                 bytes[static_cast<int>(base + offset + i)] = b[4 + i];
             return "";
@@ -119,14 +127,9 @@ std::optional<HexData> parseHex(std::string_view text, std::string& error) {
 }
 
 std::optional<HexData> readHex(const std::filesystem::path& path, std::string& error) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        error = "cannot open " + path.string();
-        return std::nullopt;
-    }
-    std::stringstream ss;
-    ss << in.rdbuf();
-    auto result = parseHex(ss.str(), error);
+    std::optional<std::string> text = readInputFile(path, "HEX file", kMaxHexFileBytes, error);
+    if (!text) return std::nullopt;
+    auto result = parseHex(*text, error);
     if (!result) error = path.string() + ": " + error;
     return result;
 }

@@ -28,6 +28,9 @@ void Watchdog::restart(uint64_t delay) {
 
 uint64_t Watchdog::period() const {
     auto base = static_cast<uint64_t>(std::llround(kNominalSeconds / core_.cycleSeconds()));
+    // On a clock slow enough to round the period to 0 the time-out would fall
+    // on the cycle of the reset it causes, again and again, without end.
+    if (base < 1) base = 1;
     uint8_t option = core_.ram_[reg::OPTION];
     if (option & 0x08) base <<= (option & 7);
     return base;

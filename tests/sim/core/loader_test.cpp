@@ -3,7 +3,9 @@
 #include "sim/scheduler.h"
 #include "support/test_support.h"
 
+#include <fstream>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 namespace zorvel::test {
 namespace {
@@ -41,13 +43,27 @@ TEST(HexLoader, ReadsWordsConfigAndEeprom) {
 
 TEST(HexLoader, ExtendedLinearAddressRecords) {
     std::string text = record(4, 0, {0x00, 0x00}) + record(0, 0x0010, {0x01, 0x28}) +
-                       record(4, 0, {0x00, 0x01}) + record(0, 0x0000, {0xAA, 0x00}) +
-                       record(1, 0, {});
+                       record(0, 0x43FE, {0xAA, 0x00}) + record(1, 0, {});
     std::string error;
     auto hex = sim::parseHex(text, error);
     ASSERT_TRUE(hex) << error;
     EXPECT_EQ(hex->program.at(8), 0x2801);
-    EXPECT_EQ(hex->program.at(0x8000), 0x00AA); // byte 0x10000
+    EXPECT_EQ(hex->eeprom.at(0xFF), 0xAA); // byte 0x43FE, the last EEPROM byte
+}
+
+// Nothing of a PIC16 lies at byte 0x4400 or above (a HEX file for another chip).
+TEST(HexLoader, DataOutsidePic16MemoryIsAnError) {
+    std::string error;
+    std::string above =
+        record(4, 0, {0x00, 0x01}) + record(0, 0x0000, {0xAA, 0x00}) + record(1, 0, {});
+    EXPECT_FALSE(sim::parseHex(above, error));
+    EXPECT_EQ(error, "line 2: data beyond byte address 0x43FF, outside PIC16 memory");
+    std::string across = record(0, 0x43FF, {0x01, 0x02}) + record(1, 0, {});
+    EXPECT_FALSE(sim::parseHex(across, error));
+    EXPECT_EQ(error, "line 1: data beyond byte address 0x43FF, outside PIC16 memory");
+    std::string top = record(4, 0, {0xFF, 0xFF}) + record(0, 0xFFFF, {0x01}) + record(1, 0, {});
+    EXPECT_FALSE(sim::parseHex(top, error));
+    EXPECT_EQ(error, "line 2: data beyond byte address 0x43FF, outside PIC16 memory");
 }
 
 TEST(HexLoader, ErrorsNameTheLine) {
@@ -64,6 +80,55 @@ TEST(HexLoader, ErrorsNameTheLine) {
     EXPECT_NE(error.find("line 1"), std::string::npos) << error;
     EXPECT_FALSE(sim::parseHex(":0200000000\n", error));
     EXPECT_NE(error.find("length"), std::string::npos) << error;
+}
+
+TEST(HexLoader, RefusesWhatIsNotARegularFileBeforeOpeningIt) {
+    TempDir dir;
+    std::filesystem::path fifo = dir.path() / "fifo.hex";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    std::filesystem::create_symlink("/dev/zero", dir.path() / "zero.hex");
+    std::string error;
+    // Opening the FIFO for reading would block until a writer came.
+    EXPECT_FALSE(sim::readHex(fifo, error));
+    EXPECT_EQ(error, "HEX file " + fifo.string() + " is not a regular file");
+    EXPECT_FALSE(sim::readHex(dir.path() / "zero.hex", error));
+    EXPECT_NE(error.find("is not a regular file"), std::string::npos) << error;
+    EXPECT_FALSE(sim::readHex(dir.path(), error));
+    EXPECT_NE(error.find("is not a regular file"), std::string::npos) << error;
+    EXPECT_FALSE(sim::readHex(dir.path() / "absent.hex", error));
+    EXPECT_EQ(error, "cannot open HEX file " + (dir.path() / "absent.hex").string());
+}
+
+TEST(HexLoader, RefusesAFileAbove16MiB) {
+    TempDir dir;
+    std::filesystem::path big = dir.path() / "big.hex";
+    { std::ofstream(big) << ":00000001FF\n"; }
+    std::filesystem::resize_file(big, (16u << 20) + 1); // sparse: no disk space used
+    std::string error;
+    EXPECT_FALSE(sim::readHex(big, error));
+    EXPECT_EQ(error, "HEX file " + big.string() + " is larger than 16 MiB");
+    std::filesystem::resize_file(big, 16u << 20); // at the limit it is read (and parsed)
+    EXPECT_FALSE(sim::readHex(big, error));
+    EXPECT_NE(error.find("line 2"), std::string::npos) << error;
+}
+
+TEST(DeviceLayout, RefusesADeviceFileThatIsNotARegularFile) {
+    TempDir dir;
+    ASSERT_EQ(mkfifo((dir.path() / "P16F877.inf").c_str(), 0600), 0);
+    std::string error;
+    EXPECT_FALSE(sim::loadDeviceLayout(dir.path(), "16F877", error));
+    EXPECT_EQ(error,
+              "device file " + (dir.path() / "P16F877.inf").string() + " is not a regular file");
+}
+
+TEST(DeviceLayout, RefusesADeviceFileAbove1MiB) {
+    TempDir dir;
+    std::filesystem::path file = dir.path() / "P16F877.inf";
+    std::filesystem::copy_file(dataFolder() / "inc" / "P16F877.inf", file);
+    std::filesystem::resize_file(file, (1u << 20) + 1);
+    std::string error;
+    EXPECT_FALSE(sim::loadDeviceLayout(dir.path(), "16F877", error));
+    EXPECT_EQ(error, "device file " + file.string() + " is larger than 1 MiB");
 }
 
 TEST(DeviceLayout, Reads16F877) {

@@ -355,6 +355,19 @@ TEST(Programs, WatchdogDefaultPeriodUses128AfterReset) {
     EXPECT_EQ(pic->cycles(), 1u + 18000u * 128u + 2u); // wake, then the goto
 }
 
+// At 100 Hz the nominal 18 ms rounds to no cycle at all; the period stays at
+// least one cycle (128 with the postscaler after reset), so the run ends.
+TEST(Programs, WatchdogOnAVerySlowClockStillLetsTheRunEnd) {
+    sim::Pic16 pic(deviceLayout("16F877"), 0.0001);
+    sim::HexData hex;
+    hex.program[0] = 0x2800; // goto $
+    hex.configWord = 0x3FFF; // watchdog on
+    pic.load(hex);
+    EXPECT_EQ(pic.run(1000), sim::StopReason::CycleLimit);
+    EXPECT_EQ(pic.cycles(), 1000u);
+    EXPECT_EQ(pic.status() & 0x10, 0x00); // TO clear: the watchdog has reset the device
+}
+
 TEST(Programs, ResetValues) {
     auto pic = loadProgram(kHeader + "    goto $\n    end\n");
     EXPECT_EQ(pic->status(), 0x18);

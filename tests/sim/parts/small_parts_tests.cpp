@@ -179,14 +179,14 @@ TEST(VcdWriter, WritesHeaderInitialValuesAndChanges) {
     LoosePins bench(0.2e-6); // 200 ns cycles
     bench.drive("PORTB.0", true);
     bench.drive("PORTB.1", false);
-    VcdWriter vcd;
+    std::ostringstream out;
+    VcdWriter vcd(out);
     vcd.connect({&bench.pin("PORTB.0"), &bench.pin("PORTB.1")}, 0.2e-6, 0);
     bench.advance(10);
     bench.drive("PORTB.1", true);
     bench.advance(5);
     bench.drive("PORTB.0", false);
-    std::ostringstream out;
-    vcd.write(out, 20);
+    vcd.finish(20);
     std::string text = out.str();
     EXPECT_NE(text.find("$timescale 1ns $end"), std::string::npos);
     EXPECT_NE(text.find("$var wire 1 ! PORTB_0 $end"), std::string::npos);
