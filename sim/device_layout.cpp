@@ -41,6 +41,17 @@ bool parseHexValue(const std::string& text, int& value) {
     }
 }
 
+// Why the numeric fields cannot describe a mid-range PIC, or "" when they can.
+std::string fieldFault(const std::vector<int>& f) {
+    auto outside = [](int v, int lo, int hi) { return v < lo || v > hi; };
+    if (outside(f[1], 1, 8192)) return "CODE_WORDS must be 1 to 8192";
+    if (outside(f[7], 0, 256)) return "EEPROM_BYTES must be 0 to 256";
+    if (outside(f[16], 1, 4)) return "RAM_BANKS must be 1 to 4";
+    for (int i = 8; i < 16; ++i)
+        if (outside(f[i], 0, 511)) return "the bank limits must be register addresses 0 to 511";
+    return "";
+}
+
 void applyFields(const std::vector<int>& f, DeviceLayout& layout) {
     layout.codeWords = f[1];
     layout.bankCount = f[3] == 4 ? 4 : 2;
@@ -109,6 +120,8 @@ std::optional<DeviceLayout> loadDeviceLayout(const std::filesystem::path& incFol
         int number = 0;
         if (!splitAssignment(line, name, value) || !parseHexValue(value, number))
             return bad("expected NAME = $HEX");
+        if (section == Registers && (number < 0 || number > 511))
+            return bad("register " + name + " is outside the register file (0 to 511)");
         if (section == Registers)
             layout.registers.emplace(name, number);
         else
@@ -116,6 +129,10 @@ std::optional<DeviceLayout> loadDeviceLayout(const std::filesystem::path& incFol
     }
     if (static_cast<int>(fields.size()) < kNumericFields) {
         error = file.string() + ": only " + std::to_string(fields.size()) + " numeric fields";
+        return std::nullopt;
+    }
+    if (std::string fault = fieldFault(fields); !fault.empty()) {
+        error = file.string() + ": " + fault;
         return std::nullopt;
     }
     applyFields(fields, layout);

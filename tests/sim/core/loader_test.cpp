@@ -131,6 +131,36 @@ TEST(DeviceLayout, RefusesADeviceFileAbove1MiB) {
     EXPECT_EQ(error, "device file " + file.string() + " is larger than 1 MiB");
 }
 
+// The 16F877's device file with one line replaced is refused with the reason.
+TEST(DeviceLayout, RefusesValuesNoMidRangePicHas) {
+    struct Row {
+        const char* from;
+        const char* to;
+        const char* error; // after "<file>: " or "<file> line N: "
+    };
+    const Row rows[] = {
+        {"CODE_WORDS = 8192", "CODE_WORDS = 0", "CODE_WORDS must be 1 to 8192"},
+        {"EEPROM_BYTES = 256", "EEPROM_BYTES = 2147483647", "EEPROM_BYTES must be 0 to 256"},
+        {"RAM_BANKS = 4", "RAM_BANKS = 0", "RAM_BANKS must be 1 to 4"},
+        {"BANK3_END = 495", "BANK3_END = 4095",
+         "the bank limits must be register addresses 0 to 511"},
+        {"TRISA = $85", "TRISA = $8FF", "register TRISA is outside the register file (0 to 511)"},
+    };
+    std::ifstream in(dataFolder() / "inc" / "P16F877.inf");
+    std::string original((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    for (const Row& row : rows) {
+        size_t at = original.find(row.from);
+        ASSERT_NE(at, std::string::npos) << row.from;
+        std::string text = original;
+        text.replace(at, std::string(row.from).size(), row.to);
+        TempDir dir;
+        dir.write("P16F877.inf", text);
+        std::string error;
+        EXPECT_FALSE(sim::loadDeviceLayout(dir.path(), "16F877", error)) << row.to;
+        EXPECT_NE(error.find(row.error), std::string::npos) << row.to << ": " << error;
+    }
+}
+
 TEST(DeviceLayout, Reads16F877) {
     sim::DeviceLayout l = deviceLayout("16F877");
     EXPECT_EQ(l.name, "16F877");
