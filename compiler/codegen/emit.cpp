@@ -106,7 +106,23 @@ void emitTestAndJump(Compilation& c, int value, std::string_view reg, int bit,
 }
 
 void emitLabel(Compilation& c, std::string_view label) {
+    if (std::optional<size_t> header = openMacroHeader(c)) {
+        size_t at = *header + 1;
+        while (at < c.asmlist.size() && c.asmlist[at].rfind("\tLocal ", 0) == 0)
+            ++at;
+        c.asmlist.insert(c.asmlist.begin() + static_cast<std::ptrdiff_t>(at),
+                         join({"\tLocal ", label}));
+    }
     c.emit(join({label, " R@B"}));
+}
+
+std::optional<size_t> openMacroHeader(const Compilation& c) {
+    const std::string& macro = c.names.openMacro;
+    if (c.ctx.pass != 2 || macro.empty()) return std::nullopt;
+    const std::string header = macro + "\tMacro ";
+    for (size_t i = c.asmlist.size(); i-- > 0;)
+        if (c.asmlist[i].rfind(header, 0) == 0) return i;
+    return std::nullopt;
 }
 
 std::string newLabel(Compilation& c, std::string_view prefix, LabelCounter counter) {

@@ -5,6 +5,7 @@
 // variable access is banked, every generated label resets the bank.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -96,8 +97,14 @@ void emitFlagToBit(Compilation& c, Flag flag, std::string_view reg, int bit);
 void emitTestAndJump(Compilation& c, int value, std::string_view reg, int bit,
                      std::string_view label);
 
-// Label line: the label, a blank and "R@B".
+// Label line: the label, a blank and "R@B". A label written inside a macro
+// body is also declared Local at the top of the macro, so that every use of the
+// macro has its own.
 void emitLabel(Compilation& c, std::string_view label);
+
+// In pass 2, while a macro body is compiled: where the macro's header line is
+// in the output.
+std::optional<size_t> openMacroHeader(const Compilation& c);
 
 enum class LabelCounter { Block, Compare, Step };
 // The next generated label of a counter: prefix + (counter + 1).

@@ -99,6 +99,13 @@ std::string headerLine(const std::string& name, const std::vector<std::string>& 
 
 // --- Call arguments -----------------------------------------------------------
 
+// A character between the assembler's single quotes; a quote or a backslash
+// cannot stand there, so it is written as its code.
+std::string characterArgument(char ch) {
+    if (ch == '\'' || ch == '\\') return std::to_string(static_cast<unsigned char>(ch));
+    return "'" + std::string(1, ch) + "'";
+}
+
 // Each character of a double-quoted text is one NUM8 argument.
 bool readTextArgument(Compilation& c, Arguments& args) {
     LineBuffer& l = c.line;
@@ -110,7 +117,7 @@ bool readTextArgument(Compilation& c, Arguments& args) {
         return false;
     }
     for (size_t i = start; i < l.pos; ++i)
-        args.add("'" + std::string(1, l.cased[i]) + "'", kArgNum8);
+        args.add(characterArgument(l.cased[i]), kArgNum8);
     ++l.pos;
     return true;
 }

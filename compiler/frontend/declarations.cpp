@@ -1,5 +1,6 @@
 #include "compiler/frontend/declarations.h"
 
+#include "compiler/codegen/emit.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
 #include "compiler/frontend/const_expr.h"
@@ -72,11 +73,11 @@ bool addSymbol(Compilation& c, SymbolEntry entry) {
 }
 
 void emitEquate(Compilation& c, const std::string& name, int address) {
-    c.emit(name + "\t\tEqu " + std::to_string(address));
+    emitDeclaration(c, name + "\t\tEqu " + std::to_string(address));
 }
 
 void emitDefine(Compilation& c, const std::string& name, const std::string& text) {
-    c.emit("\t\t#Define " + name + " " + text);
+    emitDeclaration(c, "\t\t#Define " + name + " " + text);
 }
 
 // --- Variables --------------------------------------------------------------
@@ -161,7 +162,7 @@ void warnHighArray(Compilation& c, const std::string& name, int size) {
 void emitElementLine(Compilation& c, std::string& items) {
     if (items.empty()) return;
     items.pop_back(); // the final ","
-    c.emit("Variable " + items);
+    emitDeclaration(c, "Variable " + items);
     items.clear();
 }
 
@@ -479,6 +480,14 @@ bool claimDefineName(Compilation& c) {
     return false;
 }
 
+void emitDeclaration(Compilation& c, std::string line) {
+    if (std::optional<size_t> header = openMacroHeader(c)) {
+        c.asmlist.insert(c.asmlist.begin() + static_cast<std::ptrdiff_t>(*header), std::move(line));
+        return;
+    }
+    c.emit(std::move(line));
+}
+
 std::optional<int> placeByte(Compilation& c) {
     int a = gapSkip(c, c.device.allocAddress);
     if (!inRam(c, a)) return std::nullopt;
@@ -494,7 +503,7 @@ std::string requestTemporary(Compilation& c, int kind) {
         std::string part = i == 0 ? name : name + "H";
         if (c.symbols.find(part)) continue;
         int address = c.device.allocAddress++;
-        c.emit(part + " = " + std::to_string(address));
+        emitDeclaration(c, part + " = " + std::to_string(address));
         addSymbol(c, {part, part, i == 0 ? kind : kKindByte, address, -1});
         ++c.ctx.variablesUsed;
     }

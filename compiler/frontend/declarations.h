@@ -20,6 +20,11 @@ std::span<const Route> declarationRoutes();
 // the cursor stays where it was.
 bool claimDefineName(Compilation& c);
 
+// Writes a line that declares a name (an equate, a #define, a temporary). While a
+// macro body is compiled the line goes in front of the macro's header: the
+// assembler would define the name only where the macro is used, and once per use.
+void emitDeclaration(Compilation& c, std::string line);
+
 // Places one RAM byte (after the bank gap skip); nullopt when RAM is full.
 std::optional<int> placeByte(Compilation& c);
 

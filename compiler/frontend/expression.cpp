@@ -47,7 +47,7 @@ std::optional<std::string> temporaryName(Evaluator& ev, int n) {
             reportError(c, kErrWhole, "Too Many Variables");
             return std::nullopt;
         }
-        c.emit(part + " Equ " + std::to_string(*address));
+        emitDeclaration(c, part + " Equ " + std::to_string(*address));
         bool low = part == name;
         if (!c.symbols.add({part, part, low ? kKindWord : kKindByte, *address, -1})) {
             reportError(c, kErrText, "Too many symbols. A program has at most 2000");

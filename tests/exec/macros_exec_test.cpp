@@ -312,6 +312,30 @@ TEST(MacroExec, ResultsAsConditionOperands) {
     }
 }
 
+// A macro holding an IF block with a word comparison and a WHILE loop, used
+// twice: each use jumps to the labels of its own copy.
+TEST(MacroExec, BlocksInsideMacroUsedTwice) {
+    const std::string source = "DEVICE 16F877\nDIM A AS BYTE\nDIM W AS WORD\nDIM HIGHS AS BYTE\n"
+                               "DIM LOWS AS BYTE\nDIM STEPS AS BYTE\nCOUNTIT MACRO\n"
+                               "IF W > A THEN\nINC HIGHS\nELSE\nINC LOWS\nENDIF\n"
+                               "WHILE A > 0 : DEC A : INC STEPS : WEND\nENDM\n"
+                               "Start:\nCOUNTIT\nA = 2\nCOUNTIT\nDone:\nGOTO Start\n";
+    SimProgram p(source);
+    ASSERT_TRUE(p.ok()) << p.failure() << "\n" << source;
+    const int cases[][2] = {{5, 3}, {1, 1000}, {0, 0}, {255, 2}, {2, 256}};
+    for (const auto& v : cases) {
+        ASSERT_TRUE(p.runTo("Start"));
+        p.setByte("A", v[0]), p.setWord("W", v[1]);
+        p.setByte("HIGHS", 0), p.setByte("LOWS", 0), p.setByte("STEPS", 0);
+        ASSERT_TRUE(p.runTo("Done"));
+        int highs = (v[1] > v[0]) + (v[1] > 2);
+        std::string in = "A=" + std::to_string(v[0]) + " W=" + std::to_string(v[1]);
+        EXPECT_EQ(p.byte("HIGHS"), highs) << in;
+        EXPECT_EQ(p.byte("LOWS"), 2 - highs) << in;
+        EXPECT_EQ(p.byte("STEPS"), (v[0] + 2) & 255) << in;
+    }
+}
+
 // Calls without arguments, text, operator and label arguments, with the
 // kind variables on and off, assemble and do what their bodies say.
 TEST(MacroExec, TextOperatorLabelAndEmptyCalls) {

@@ -116,6 +116,42 @@ TEST(HostileAssembles, EndInsideBlocksAndMacros) {
     }
 }
 
+// Each source compiles without an error and assembles.
+void expectEachAssembles(std::initializer_list<const char*> sources) {
+    for (const char* source : sources) {
+        TempDir dir;
+        CompileResult r = compileFile(dir.write("prog.bas", source), dataFolder(), true);
+        EXPECT_EQ(r.errors, 0) << source << "\n" << (r.messages.empty() ? "" : r.messages[0]);
+    }
+}
+
+// Declarations made while a macro body is compiled (DIM, and the temporaries
+// of expressions) stand in front of the macro, so they exist whether the macro
+// is used never, once or twice; quote and backslash characters reach a macro.
+TEST(HostileAssembles, DeclarationsInsideMacrosAndQuoteArguments) {
+    expectEachAssembles({
+        "M1 MACRO\nDIM XX\nDIM FB AS BIT\nDIM BF[3]\nENDM\nXX = 1\nFB = 1\nBF[1] = 2\nEND",
+        "M1 MACRO\nDIM XX\nDIM FB AS BIT\nENDM\nM1\nM1\nXX = 1\nFB = 1\nEND",
+        "DIM A\nM1 MACRO\nA = A + WREG\nENDM\nA = A & WREG\nEND",
+        "DIM A\nDIM W AS WORD\nM1 MACRO\nIF A */ (7 >> W) + 200 <= 3 THEN A = 1\nENDM\n"
+        "A = A - (43421 ** 26714 + W)\nEND",
+        "M1 MACRO P1\nENDM\nM1 \"'\"\nM1 \"A\\\\\"\nEND",
+    });
+}
+
+// The labels that IF, the loops, the comparisons, STR and STOP make inside a
+// macro body are local to each use of the macro.
+TEST(HostileAssembles, BlocksInsideMacroUsedTwice) {
+    expectEachAssembles({
+        "DIM A\nM1 MACRO\nIF A > 3 THEN A = 0\nENDM\nM1\nM1\nEND",
+        "M1 MACRO\nSTOP\nENDM\nM1\nM1\nEND",
+        "DIM A\nDIM W AS WORD\nDIM BF[3]\nDIM F AS BIT\nM1 MACRO\n"
+        "FOR W = 1 TO 900 STEP -300 : A = 1 : NEXT\nWHILE A > 3 : A = 0 : WEND\n"
+        "REPEAT : INC A : UNTIL W >= A\nIF F < A THEN\nA = 2\nELSE\nA = 3\nENDIF\n"
+        "STR BF = STR BF\nENDM\nM1\nM1\nM1\nEND",
+    });
+}
+
 // Folders in an INCLUDE name are found whatever their case on disk.
 TEST(HostileInclude, FolderPartMatchedByCase) {
     TempDir dir;
