@@ -83,6 +83,9 @@ std::string childReport(const Options& o, const fs::path& source) {
         zorvel::assembleAndReadBack(c);
         if (c.ctx.errorCount == 0) zorvel::appendSummary(c);
         code = c.ctx.errorCount == 0 && c.alerts.empty() ? "A" : "F";
+        // A program too large for the device is refused after the assembler ran.
+        for (const std::string& m : c.messages)
+            if (m.rfind("\tProgram too large", 0) == 0) code = "E";
     }
     std::string report = code + "\n";
     for (const std::string& m : c.messages)

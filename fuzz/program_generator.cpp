@@ -1010,6 +1010,9 @@ std::string ProgramGenerator::missingOperand() {
     return line;
 }
 
+// Not among them: an undeclared single name as the register, bit or label of an
+// instruction written as a statement (MOVWF NOSUCH, BRSET PORTB, 1, NOSUCH). The
+// compiler leaves such a name to the assembler, since an ASM block may define it.
 std::string ProgramGenerator::undeclaredName() {
     std::string b = pick(p_.bytes), port = pick(p_.device.ports);
     std::string u = pick(Strings{"NOSUCH", "UNDECLARED_1", "ZZ9", "Q_Q"});
@@ -1023,16 +1026,9 @@ std::string ProgramGenerator::undeclaredName() {
                      "DELAYMS " + u,
                      "FOR " + u + " = 1 TO 5 : NEXT",
                      "SWAP " + b + ", " + u,
-                     "MOVWF " + u,
-                     "ADDWF " + u + ", W",
-                     "BSF " + port + ", " + u,
                      "BSF " + u,
-                     "BTFSC " + u + ", 1",
                      "JUMP " + u,
                      "BZ " + u,
-                     "LGOTO " + u,
-                     "TGOTO 1, " + port + ", 0, " + u,
-                     "BRSET " + port + ", 1, " + u,
                      "CONFIG " + u + "_OSC",
                      "DIM KX AS " + u,
                      "SYMBOL KX = " + u + ".3",

@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds Zorvel and runs every test: the unit and
-# output tests, the device data checks, and the robustness tests under
-# AddressSanitizer and UndefinedBehaviorSanitizer.
+# output tests, the device data checks, the robustness tests under
+# AddressSanitizer and UndefinedBehaviorSanitizer (a clang tree that also
+# holds the fuzz targets), then 30 seconds of each fuzz target and of the
+# random program generator.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/bootstrap.sh
@@ -10,7 +12,10 @@ jobs="$(nproc)"
 ctest --test-dir build --output-on-failure -j "$jobs"
 
 echo "== sanitizer build"
-cmake -S . -B build-sanitize -G Ninja -DCMAKE_BUILD_TYPE=Debug -DZORVEL_WERROR=ON \
-  -DZORVEL_SANITIZE=ON -DZORVEL_BUILD_IDE=OFF >/dev/null
+CXX=clang++-14 cmake -S . -B build-sanitize -G Ninja -DCMAKE_BUILD_TYPE=Debug -DZORVEL_WERROR=ON \
+  -DZORVEL_FUZZ=ON -DZORVEL_BUILD_IDE=OFF >/dev/null
 ninja -C build-sanitize zorvel-cli compiler_tests
 ctest --test-dir build-sanitize --output-on-failure -j "$jobs" -L sanitize
+
+echo "== fuzzing"
+scripts/fuzz.sh --seconds 30

@@ -11,6 +11,7 @@
 #include "compiler/frontend/operand.h"
 #include "compiler/frontend/statement.h"
 
+#include <algorithm>
 #include <cassert>
 #include <optional>
 #include <string>
@@ -325,8 +326,9 @@ bool isOperandList(std::string_view text) {
     }
 }
 
-// A line head followed by the rest of the source line as written.
-void compileLineRest(Compilation& c, std::string_view head) {
+// A line head followed by the rest of the source line, `count` operands in
+// their assembler spelling.
+void compileLineRest(Compilation& c, std::string_view head, int count) {
     remarksEcho(c);
     std::string rest = readLineRest(c);
     if (rest.empty()) {
@@ -337,7 +339,13 @@ void compileLineRest(Compilation& c, std::string_view head) {
         reportError(c, kErrText, "Each operand must be one name, number or expression");
         return;
     }
-    c.emit(std::string(head) + rest);
+    if (std::count(rest.begin(), rest.end(), ',') + 1 != count) {
+        reportError(c, kErrText,
+                    c.stmt.keyword + " takes " + std::to_string(count) +
+                        (count == 1 ? " operand" : " operands"));
+        return;
+    }
+    c.emit(std::string(head) + assemblerOperandText(c, rest));
 }
 
 constexpr Route kMnemonicRoutes[] = {
@@ -404,11 +412,11 @@ constexpr Route kMnemonicRoutes[] = {
     {"SKPDC", [](Compilation& c) { compileStatusBit(c, BitOp::Btfss, 1); }},
     {"SKPNDC", [](Compilation& c) { compileStatusBit(c, BitOp::Btfsc, 1); }},
     {"JUMP", compileJump},
-    {"LGOTO", [](Compilation& c) { compileLineRest(c, "\tF@G "); }},
-    {"LJUMP", [](Compilation& c) { compileLineRest(c, "\tF@G "); }},
-    {"TGOTO", [](Compilation& c) { compileLineRest(c, "\tt@g "); }},
-    {"BRSET", [](Compilation& c) { compileLineRest(c, "\tBrset "); }},
-    {"BRCLR", [](Compilation& c) { compileLineRest(c, "\tBrclr "); }},
+    {"LGOTO", [](Compilation& c) { compileLineRest(c, "\tF@G ", 1); }},
+    {"LJUMP", [](Compilation& c) { compileLineRest(c, "\tF@G ", 1); }},
+    {"TGOTO", [](Compilation& c) { compileLineRest(c, "\tt@g ", 4); }},
+    {"BRSET", [](Compilation& c) { compileLineRest(c, "\tBrset ", 3); }},
+    {"BRCLR", [](Compilation& c) { compileLineRest(c, "\tBrclr ", 3); }},
 };
 
 } // namespace

@@ -281,6 +281,8 @@ void compileEndm(Compilation& c) {
         return;
     }
     c.names.openMacro.clear();
+    c.names.openMacroParams.clear();
+    c.names.openMacroLocals.clear();
     c.emit("\tEndm");
 }
 
@@ -294,6 +296,16 @@ void compileLocal(Compilation& c) {
     if (rest.empty()) {
         reportError(c, kErrSyntax);
         return;
+    }
+    for (size_t at = 0; at < rest.size();) {
+        size_t end = rest.find(',', at);
+        std::string name = rest.substr(at, end - at);
+        name.erase(0, name.find_first_not_of(" \t"));
+        name.erase(name.find_last_not_of(" \t") + 1);
+        for (char& ch : name)
+            ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
+        c.names.openMacroLocals.insert(name);
+        at = end == std::string::npos ? rest.size() : end + 1;
     }
     c.emit("\tLocal " + rest);
 }
@@ -309,7 +321,7 @@ void compileTypePair(Compilation& c) {
     size_t start = l.pos;
     while (l.pos < l.length() && l.upper[l.pos] != '\'')
         ++l.pos;
-    c.emit("\t" + head + " " + l.cased.substr(start, l.pos - start));
+    c.emit("\t" + head + " " + assemblerOperandText(c, l.cased.substr(start, l.pos - start)));
 }
 
 void typePairRoute(std::vector<Route>& routes) {
@@ -349,6 +361,7 @@ void compileMacroDeclaration(Compilation& c) {
     std::optional<std::vector<std::string>> params = readParameterNames(c);
     if (!params) return;
     use.openMacro = c.stmt.keyword;
+    use.openMacroParams = *params;
     use.openMacroLine = c.ctx.lineIndex;
     c.emit(headerLine(c.stmt.keyword, *params));
     c.emit(std::string(kKindNames));

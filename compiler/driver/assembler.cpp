@@ -71,6 +71,18 @@ void readHexBack(Compilation& c) {
     }
     c.ctx.wordsUsed = reading.wordsUsed;
     c.hex = std::move(reading.image);
+    int size = c.device.info.codeWords();
+    if (size <= 0) return;
+    auto beyond =
+        std::find_if(c.hex.program.begin() + std::min(size, 0x2000), c.hex.program.begin() + 0x2000,
+                     [](uint16_t word) { return word != 0x3FFF; });
+    if (c.ctx.wordsUsed > size || beyond != c.hex.program.begin() + 0x2000) {
+        c.messages.push_back("\tProgram too large: the " + c.device.name + " has " +
+                             std::to_string(size) + " words of program memory!");
+        assemblerFailed(c);
+        std::error_code ec;
+        fs::remove(outputPath(c, ".hex"), ec); // it could not be programmed
+    }
 }
 
 bool hasBootloaderArea(const std::string& device) {

@@ -104,6 +104,11 @@ struct PassNames {
     std::unordered_set<std::string> defines;
     std::unordered_map<std::string, int> firstReference; // label -> workfile index
     std::string openMacro;
+    std::vector<std::string> openMacroParams;                 // its parameter names, upper case
+    std::unordered_set<std::string> openMacroLocals;          // its #LOCAL names
+    std::unordered_map<std::string, std::string> macroLabels; // label -> its macro
+    std::vector<std::pair<std::string, int>> labelUses;       // label, workfile index
+    std::vector<std::string> labelUseMacros;                  // the macro of each use
     int openMacroLine = -1;
 };
 

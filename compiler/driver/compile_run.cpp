@@ -144,19 +144,28 @@ void buildOutputs(Compilation& c) {
 
 } // namespace
 
-// What only the end of the program shows: a macro left open, and jumps to
-// labels that were never written because END stopped the compile before them.
+// What only the end of the program shows: a macro left open, jumps to labels
+// that were never written because END stopped the compile before them, and
+// jumps from outside a macro to a label local to it.
 void checkProgramEnd(Compilation& c) {
     PassNames& use = c.names;
     if (!use.openMacro.empty())
         reportErrorAtLine(c, use.openMacroLine, kErrText,
                           "Macro '" + use.openMacro + "' has no ENDM");
-    std::vector<std::pair<int, std::string>> missing;
+    std::vector<std::pair<int, std::string>> faults; // line, message
     for (const auto& [label, line] : use.firstReference)
-        if (!use.placedLabels.count(label)) missing.emplace_back(line, label);
-    std::sort(missing.begin(), missing.end());
-    for (const auto& [line, label] : missing)
-        reportErrorAtLine(c, line, kErrText, "Label '" + label + "' is after END");
+        if (!use.placedLabels.count(label))
+            faults.emplace_back(line, "Label '" + label + "' is after END");
+    for (size_t i = 0; i < use.labelUses.size(); ++i) {
+        const auto& [label, line] = use.labelUses[i];
+        auto local = use.macroLabels.find(label);
+        if (local != use.macroLabels.end() && local->second != use.labelUseMacros[i])
+            faults.emplace_back(line,
+                                "Label '" + label + "' is local to macro '" + local->second + "'");
+    }
+    std::sort(faults.begin(), faults.end());
+    for (const auto& [line, message] : faults)
+        reportErrorAtLine(c, line, kErrText, message);
 }
 
 void runPass(Compilation& c, int pass) {

@@ -27,6 +27,23 @@ bool reportControlCharacter(Compilation& c) {
     return true;
 }
 
+// A statement line longer than the line buffer would be compiled cut short;
+// only a comment may run past the end.
+bool reportLongLine(Compilation& c) {
+    const LineBuffer& l = c.line;
+    if (l.raw.find_last_not_of(" \t\r\n") + 1 <= LineBuffer::kMaxLength) return false;
+    bool quoted = false;
+    for (char ch : l.cased) {
+        if (ch == '"') quoted = !quoted;
+        if (ch == '\'' && !quoted) return false;
+    }
+    if (l.upper.rfind("REM", 0) == 0) return false;
+    reportError(c, kErrText,
+                "Line too long: statements end within " + std::to_string(LineBuffer::kMaxLength) +
+                    " characters");
+    return true;
+}
+
 // Stops the run once; a block statement's body loop may have stopped it
 // already, and the loops around it must not say so again.
 void reportTooManyErrors(Compilation& c) {
@@ -71,7 +88,8 @@ LoopExit lineLoop(Compilation& c) {
             c.stmt.firstStatementOfLine = true;
             c.stmt.keyword.clear();
             c.line.pos = 0;
-            if (ctx.pass != 2 || !reportControlCharacter(c)) compileStatementsOfLine(c);
+            if (ctx.pass != 2 || (!reportControlCharacter(c) && !reportLongLine(c)))
+                compileStatementsOfLine(c);
             if (ctx.pass == 2 && isBlockClosingKeyword(c.stmt.keyword))
                 return LoopExit::ClosingKeyword;
         }

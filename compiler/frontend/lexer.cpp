@@ -143,6 +143,8 @@ bool lookupLabel(Compilation& c, bool report, std::string_view name) {
     if (c.ctx.pass != 2) return false;
     if (c.labels.contains(name)) {
         c.names.firstReference.try_emplace(std::string(name), c.ctx.lineIndex);
+        c.names.labelUses.emplace_back(std::string(name), c.ctx.lineIndex);
+        c.names.labelUseMacros.push_back(c.names.openMacro);
         return true;
     }
     if (report) reportError(c, kErrText, "Label '" + std::string(name) + "' not found");

@@ -5,6 +5,8 @@
 #include "compiler/frontend/lexer.h"
 #include "compiler/frontend/numbers.h"
 
+#include <algorithm>
+
 namespace zorvel {
 namespace {
 
@@ -227,6 +229,54 @@ int countTerms(Compilation& c) {
         constants += e.kind == kKindNum;
     scan.allConstant = scan.terms > 0 && constants == scan.terms;
     return scan.terms;
+}
+
+namespace {
+
+bool isWordChar(char ch) {
+    return isLetterLike(ch) || (ch >= '0' && ch <= '9') || ch == '.' || ch == '$' || ch == '%';
+}
+
+std::string assemblerWord(Compilation& c, const std::string& word) {
+    std::string upper = word;
+    for (char& ch : upper)
+        ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
+    if ((upper[0] == '$' || upper[0] == '%') && upper.size() > 1) {
+        std::optional<int32_t> value = convertNumber(c, upper);
+        return value ? std::to_string(*value) : word;
+    }
+    if (!isLetterLike(upper[0])) return word;
+    size_t dot = upper.find('.');
+    std::string base = upper.substr(0, dot);
+    std::string part = dot == std::string::npos ? "" : upper.substr(dot);
+    const std::vector<std::string>& params = c.names.openMacroParams;
+    if (std::find(params.begin(), params.end(), base) != params.end()) return word;
+    const SymbolEntry* s = c.symbols.find(normaliseName(base));
+    if (!s) return word;
+    bool low = part.empty() || part == ".LOWBYTE" || part == ".BYTE0";
+    bool high = part == ".HIGHBYTE" || part == ".BYTE1";
+    if (s->kind == kKindNum && part.empty()) return std::to_string(s->address);
+    if ((s->kind == kKindByte || s->kind == kKindWord) && low) return s->name;
+    if (s->kind == kKindWord && high) return s->name + "H";
+    return word;
+}
+
+} // namespace
+
+std::string assemblerOperandText(Compilation& c, std::string_view text) {
+    std::string out;
+    for (size_t i = 0; i < text.size();) {
+        if (!isWordChar(text[i])) {
+            out += text[i++];
+            continue;
+        }
+        size_t end = i;
+        while (end < text.size() && isWordChar(text[end]))
+            ++end;
+        out += assemblerWord(c, std::string(text.substr(i, end - i)));
+        i = end;
+    }
+    return out;
 }
 
 } // namespace zorvel

@@ -89,6 +89,16 @@ void compileLabel(Compilation& c, const std::string& label) {
         c.stmt.nothingToDispatch = true;
         return;
     }
+    if (c.ctx.pass == 2 && !label.empty() && !c.names.openMacro.empty()) {
+        if (!c.names.openMacroLocals.count(label)) {
+            reportError(c, kErrText,
+                        "Label '" + label + "' in macro '" + c.names.openMacro +
+                            "' must be declared with #LOCAL");
+            c.stmt.nothingToDispatch = true;
+            return;
+        }
+        c.names.macroLabels.emplace(label, c.names.openMacro);
+    }
     if (!label.empty() && !firstPlacement) {
         reportError(c, kErrText, "Label '" + label + "' is already defined");
         c.stmt.nothingToDispatch = true;

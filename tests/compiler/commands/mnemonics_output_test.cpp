@@ -110,8 +110,11 @@ INSTANTIATE_TEST_SUITE_P(
         CodeCase{"Lgoto", "LGOTO Here ' far", {"\tF@G Here"}},
         CodeCase{"Ljump", "LJUMP Here", {"\tF@G Here"}},
         CodeCase{"Tgoto", "TGOTO 1,PORTB,0,Here", {"\tt@g 1,PORTB,0,Here"}},
-        CodeCase{"Brset", "BRSET PortB,1,Here", {"\tBrset PortB,1,Here"}},
-        CodeCase{"Brclr", "BRCLR PortB,1,Here", {"\tBrclr PortB,1,Here"}},
+        CodeCase{"Brset", "BRSET PortB,1,Here", {"\tBrset PORTB,1,Here"}},
+        CodeCase{"Brclr", "BRCLR PortB,1,Here", {"\tBrclr PORTB,1,Here"}},
+        // BASIC words in their assembler spelling; labels and numbers stay.
+        CodeCase{"BasicWords", "BRSET W1.HIGHBYTE,K,Here", {"\tBrset W1H,300,Here"}},
+        CodeCase{"SingleLetter", "TGOTO 1,X,$7,Here", {"\tt@g 1,_X,7,Here"}},
         CodeCase{"TwoOnALine", "CLRC : SETZ", {"\tBcf 3,0", "", "\tBsf 3,2"}}),
     testName);
 

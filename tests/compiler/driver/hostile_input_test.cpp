@@ -72,6 +72,13 @@ INSTANTIATE_TEST_SUITE_P(
                     "Unexpected text after the statement"},
         HostileCase{"GotoTwoLabels", "GOTO Q Z\nQ:", 1, "GOTO Q Z",
                     "Unexpected text after the statement"},
+        HostileCase{"TgotoOneOperand", "TGOTO 1", 1, "TGOTO 1", "TGOTO takes 4 operands"},
+        HostileCase{"BrsetFourOperands", "L1:\nBRSET PORTB, 1, L1, 5", 2, "BRSET PORTB, 1, L1, 5",
+                    "BRSET takes 3 operands"},
+        HostileCase{"MacroLabelNotLocal", "M1 MACRO\nLQ:\nENDM", 2,
+                    "LQ:", "Label 'LQ' in macro 'M1' must be declared with #LOCAL"},
+        HostileCase{"JumpIntoMacro", "M1 MACRO\n#LOCAL LQ\nLQ:\nENDM\nGOTO LQ", 5, "GOTO LQ",
+                    "Label 'LQ' is local to macro 'M1'"},
         HostileCase{"MacroInsideMacro", "M1 MACRO\nM2 MACRO\nENDM", 2, "M2 MACRO",
                     "Macro 'M2' declared inside macro 'M1'. ENDM missing"},
         HostileCase{"EndmAlone", "ENDM", 1, "ENDM", "ENDM without MACRO"},
@@ -136,6 +143,10 @@ TEST(HostileAssembles, DeclarationsInsideMacrosAndQuoteArguments) {
         "DIM A\nDIM W AS WORD\nM1 MACRO\nIF A */ (7 >> W) + 200 <= 3 THEN A = 1\nENDM\n"
         "A = A - (43421 ** 26714 + W)\nEND",
         "M1 MACRO P1\nENDM\nM1 \"'\"\nM1 \"A\\\\\"\nEND",
+        // BASIC names in operands the assembler reads as written.
+        "DIM Y\nDIM W AS WORD\nL1:\nBRSET Y, 1, L1\nTGOTO 1, W.HIGHBYTE, $5, L1\nEND",
+        "DIM Y\nM1 MACRO P1\nBYTE_BYTE P1, Y\nENDM\nM1 Y\nEND",
+        "DIM A\nM1 MACRO\n#LOCAL LQ\nLQ:\nA = A + 1\nIF A < 9 THEN GOTO LQ\nENDM\nM1\nM1\nEND",
     });
 }
 
@@ -150,6 +161,32 @@ TEST(HostileAssembles, BlocksInsideMacroUsedTwice) {
         "REPEAT : INC A : UNTIL W >= A\nIF F < A THEN\nA = 2\nELSE\nA = 3\nENDIF\n"
         "STR BF = STR BF\nENDM\nM1\nM1\nM1\nEND",
     });
+}
+
+// A statement line past the line buffer is refused rather than compiled cut
+// short; a comment may run on.
+TEST(HostileSize, LongStatementLineIsRefused) {
+    std::string sum = "A = 1";
+    for (int i = 0; i < 80; ++i)
+        sum += " + 1";
+    CompileResult r =
+        compileSource("DIM A AS WORD\n" + sum + "\nA = 2 ' " + std::string(300, 'x') + "\nEND");
+    ASSERT_EQ(r.messages.size(), 1u);
+    EXPECT_EQ(r.messages[0],
+              frame(2, sum.substr(0, 249), "Line too long: statements end within 249 characters"));
+}
+
+// A program larger than the device's program memory is no clean build, and
+// leaves no HEX file to program.
+TEST(HostileSize, ProgramLargerThanTheDevice) {
+    std::string source = "DEVICE 16F84\nDIM A AS WORD\n";
+    for (int i = 0; i < 700; ++i)
+        source += "A = A * 3 + 7\n";
+    TempDir dir;
+    CompileResult r = compileFile(dir.write("prog.bas", source + "END\n"), dataFolder(), true);
+    EXPECT_EQ(r.messages, (Lines{"\tProgram too large: the 16F84 has 1024 words of program memory!",
+                                 "ASSEMBLER ERROR! HEX file NOT created"}));
+    EXPECT_FALSE(std::filesystem::exists(dir.path() / "prog.hex"));
 }
 
 // Folders in an INCLUDE name are found whatever their case on disk.
