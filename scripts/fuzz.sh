@@ -90,8 +90,8 @@ for p in "${pids[@]}"; do wait "$p" || status=1; done
 
 for t in compile hex device_file simulator; do
   log="$work/logs/$t.log"
-  runs="$(grep -o 'stat::number_of_executed_units: [0-9]*' "$log" | grep -o '[0-9]*$' || echo 0)"
-  rate="$(grep -o 'stat::average_exec_per_sec: [0-9]*' "$log" | grep -o '[0-9]*$' || echo 0)"
+  runs="$(grep -o 'stat::number_of_executed_units:[[:space:]]*[0-9]*' "$log" | grep -o '[0-9]*$' || echo 0)"
+  rate="$(grep -o 'stat::average_exec_per_sec:[[:space:]]*[0-9]*' "$log" | grep -o '[0-9]*$' || echo 0)"
   cov="$(grep -o 'cov: [0-9]* ft: [0-9]*' "$log" | tail -n 1 || true)"
   corpus="$(ls "$work/corpus/$t" | wc -l)"
   found="$(ls "$work/findings" | grep -c "^$t-" || true)"
