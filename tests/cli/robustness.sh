@@ -7,30 +7,13 @@ zorvel="$1"
 home="$2"
 work="$(mktemp -d)"
 trap 'rm -rf "$work"' EXIT
-export ASAN_OPTIONS="detect_leaks=1:exitcode=86"
-export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1:exitcode=87"
 failures=0
 passed=0
+source "$(dirname "$0")/expect.sh"
 
-# expect NAME FILE STATUS PATTERN: run, then check status, output and sanitizer silence.
+# expect NAME FILE STATUS PATTERN: `zorvel build FILE` ends with STATUS and PATTERN.
 expect() {
-  local name="$1" file="$2" want="$3" pattern="$4"
-  local out status
-  out="$(timeout 60 "$zorvel" build "$file" --home "$home" 2>&1)"
-  status=$?
-  if [ "$status" -ne "$want" ]; then
-    echo "FAIL $name: exit status $status, expected $want"; echo "$out" | head -n 20
-    failures=$((failures + 1)); return
-  fi
-  if echo "$out" | grep -q -E 'AddressSanitizer|runtime error|LeakSanitizer'; then
-    echo "FAIL $name: sanitizer report"; echo "$out" | head -n 40
-    failures=$((failures + 1)); return
-  fi
-  if ! echo "$out" | grep -q -F -- "$pattern"; then
-    echo "FAIL $name: output lacks '$pattern'"; echo "$out" | head -n 20
-    failures=$((failures + 1)); return
-  fi
-  passed=$((passed + 1))
+  run_expect "$1" "$3" "$4" "$zorvel" build "$2" --home "$home"
 }
 
 # The source must be left exactly as it was.
