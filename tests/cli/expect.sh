@@ -22,3 +22,22 @@ run_expect() {
   fi
   passed=$((passed + 1))
 }
+
+# lock_folder DIR: makes DIR unwritable and prints how (chmod, chattr or no).
+# Root ignores permissions, so as root the folder is made immutable where the
+# file system allows it.
+lock_folder() {
+  if [ "$(id -u)" -ne 0 ]; then
+    chmod a-w "$1" && echo chmod && return
+  elif command -v chattr >/dev/null && chattr +i "$1" 2>/dev/null; then
+    echo chattr && return
+  fi
+  echo no
+}
+
+# unlock_folder DIR HOW: undoes lock_folder.
+unlock_folder() {
+  [ "$2" = chattr ] && chattr -i "$1"
+  [ "$2" = chmod ] && chmod u+w "$1"
+  return 0
+}

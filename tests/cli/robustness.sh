@@ -82,17 +82,11 @@ unchanged asm-source "$work/prog.asm" "$sum"
 # permissions, so as root the folder is made immutable where the file system allows it.
 mkdir "$work/ro"; printf 'END\n' > "$work/ro/prog.bas"
 sum="$(sha256sum < "$work/ro/prog.bas")"
-locked=no
-if [ "$(id -u)" -ne 0 ]; then
-  chmod a-w "$work/ro" && locked=chmod
-elif command -v chattr >/dev/null && chattr +i "$work/ro" 2>/dev/null; then
-  locked=chattr
-fi
+locked="$(lock_folder "$work/ro")"
 if [ "$locked" != no ]; then
   expect read-only-folder "$work/ro/prog.bas" 1 "Unable to"
   unchanged read-only-folder "$work/ro/prog.bas" "$sum"
-  [ "$locked" = chattr ] && chattr -i "$work/ro"
-  [ "$locked" = chmod ] && chmod u+w "$work/ro"
+  unlock_folder "$work/ro" "$locked"
 else
   echo "note: read-only folder case not run (cannot lock a folder here)"
 fi

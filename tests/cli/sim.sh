@@ -127,17 +127,11 @@ expect vcd-null 0 "cycles=1000" "$work/good.hex" "${dev[@]}" --cycles 1000 --vcd
 # A read-only folder; root ignores permissions, so as root the folder is made
 # immutable where the file system allows it.
 mkdir "$work/ro"
-locked=no
-if [ "$(id -u)" -ne 0 ]; then
-  chmod a-w "$work/ro" && locked=chmod
-elif command -v chattr >/dev/null && chattr +i "$work/ro" 2>/dev/null; then
-  locked=chattr
-fi
+locked="$(lock_folder "$work/ro")"
 if [ "$locked" != no ]; then
   expect vcd-read-only-folder 2 "cannot write $work/ro/run.vcd" \
     "$work/good.hex" "${dev[@]}" "${long[@]}" --vcd "$work/ro/run.vcd"
-  [ "$locked" = chattr ] && chattr -i "$work/ro"
-  [ "$locked" = chmod ] && chmod u+w "$work/ro"
+  unlock_folder "$work/ro" "$locked"
 else
   echo "note: read-only VCD folder case not run (cannot lock a folder here)"
 fi
