@@ -127,10 +127,11 @@ TEST(Include, EmptyFileCompilesToAnEmptyProgram) {
 TEST(Include, LineEndingsOfEveryKind) {
     Home home;
     TempDir src;
-    CompileResult r = compileFile(
-        src.write("p.bas", "DEFINE AA 1\r\nDEFINE BB 2\rDEFINE CC 3\nDEFINE DD 4"), home.dir.path());
-    EXPECT_EQ(body(r), (Lines{"\t#DEFINE AA 1", "\t#DEFINE BB 2", "\t#DEFINE CC 3", "\t#DEFINE DD 4",
-                              "\tEND", ""}));
+    CompileResult r =
+        compileFile(src.write("p.bas", "DEFINE AA 1\r\nDEFINE BB 2\rDEFINE CC 3\nDEFINE DD 4"),
+                    home.dir.path());
+    EXPECT_EQ(body(r), (Lines{"\t#DEFINE AA 1", "\t#DEFINE BB 2", "\t#DEFINE CC 3",
+                              "\t#DEFINE DD 4", "\tEND", ""}));
 }
 
 } // namespace
