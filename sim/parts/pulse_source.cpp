@@ -1,6 +1,7 @@
 #include "sim/parts/pulse_source.h"
 
 #include <cmath>
+#include <stdexcept>
 
 namespace zorvel::sim {
 
@@ -16,10 +17,12 @@ void PulseSource::connect(const Wiring& wiring) {
     scheduler_ = wiring.scheduler;
     cycleSeconds_ = wiring.cycleSeconds;
     now_ = wiring.now;
-    pin_->setExternal(idle_, wiring.now ? wiring.now() : 0);
+    uint64_t now = now_ ? now_() : 0;
+    pin_->setExternal(square_ && squareActive(now) ? !idle_ : idle_, now);
     for (auto [start, width] : waiting_)
         arm(start, width);
     waiting_.clear();
+    if (square_) squareStep(now);
 }
 
 void PulseSource::reset() {
@@ -40,7 +43,9 @@ void PulseSource::reset() {
             arm(start, width);
         }
     }
+    if (square_) active = active || squareActive(now);
     pin_->setExternal(active ? !idle_ : idle_, now);
+    if (square_) squareStep(now);
 }
 
 void PulseSource::arm(uint64_t startCycle, uint64_t width) {
@@ -60,6 +65,30 @@ void PulseSource::pulse(uint64_t startCycle, uint64_t width) {
 void PulseSource::train(uint64_t startCycle, uint64_t width, uint64_t period, int count) {
     for (int i = 0; i < count; ++i)
         pulse(startCycle + static_cast<uint64_t>(i) * period, width);
+}
+
+void PulseSource::square(uint64_t startCycle, uint64_t width, uint64_t period) {
+    if (width == 0 || width >= period)
+        throw std::invalid_argument("a square wave needs 0 < width < period");
+    if (square_ && scheduler_) scheduler_->cancel(squareEvent_); // the wave it replaces
+    square_ = Square{startCycle, width, period};
+    if (scheduler_) squareStep(now_ ? now_() : 0);
+}
+
+bool PulseSource::squareActive(uint64_t cycle) const {
+    return cycle >= square_->start && (cycle - square_->start) % square_->period < square_->width;
+}
+
+void PulseSource::squareStep(uint64_t now) {
+    const Square& s = *square_;
+    uint64_t next = s.start;
+    if (now >= s.start) {
+        bool active = squareActive(now);
+        uint64_t periodStart = now - (now - s.start) % s.period;
+        next = periodStart + (active ? s.width : s.period);
+        pin_->setExternal(active ? !idle_ : idle_, now);
+    }
+    squareEvent_ = scheduler_->schedule(next, [this](uint64_t at) { squareStep(at); });
 }
 
 uint64_t PulseSource::cyclesForMicroseconds(double us) const {

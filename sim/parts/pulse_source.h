@@ -1,11 +1,12 @@
-// Drives a pin from outside with single pulses or pulse trains at given
-// cycles; between pulses the pin is held at the idle level.
+// Drives a pin from outside with single pulses, pulse trains or an endless
+// square wave at given cycles; between pulses the pin is held at the idle level.
 #pragma once
 
 #include "sim/part.h"
 #include "sim/parts/wiring.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,11 +26,23 @@ public:
     void pulse(uint64_t startCycle, uint64_t width);
     // `count` pulses of `width` cycles, one every `period` cycles.
     void train(uint64_t startCycle, uint64_t width, uint64_t period, int count);
+    // From `startCycle` on, the active level for `width` cycles of every
+    // `period`, without end; throws std::invalid_argument unless
+    // 0 < width < period. Only the next edge is ever scheduled, so a long run
+    // costs no memory. A second call replaces the wave. Not meant to be mixed
+    // with pulse() or train() on the same source.
+    void square(uint64_t startCycle, uint64_t width, uint64_t period);
     // Converts microseconds to cycles at the attached device's clock.
     uint64_t cyclesForMicroseconds(double us) const;
 
 private:
     void arm(uint64_t startCycle, uint64_t width);
+    struct Square {
+        uint64_t start, width, period;
+    };
+    bool squareActive(uint64_t cycle) const;
+    // Sets the level the square wave has at `now` and schedules its next edge.
+    void squareStep(uint64_t now);
 
     std::string pinName_;
     bool idle_;
@@ -39,6 +52,8 @@ private:
     std::vector<std::pair<uint64_t, uint64_t>> armed_; // start, width
     double cycleSeconds_ = 1e-6;
     std::vector<std::pair<uint64_t, uint64_t>> waiting_; // requested before connect
+    std::optional<Square> square_;
+    int squareEvent_ = 0; // its next edge
 };
 
 // A resistor-capacitor network on a pin, as read by RCTIME/POT-style code:
