@@ -2,6 +2,8 @@
 
 #include "compiler/driver/home_folder.h"
 #include "sim/parts/hd44780.h"
+#include "sim/parts/logic_probe.h"
+#include "sim/parts/pulse_source.h"
 #include "sim/parts/uart_receiver.h"
 #include "sim/pic16.h"
 #include "sim/vcd.h"
@@ -13,6 +15,7 @@
 #include <fstream>
 #include <iostream>
 #include <map>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 
@@ -26,6 +29,15 @@ constexpr uint64_t kMaxCycles = 10'000'000'000;
 // From a 32.768 kHz watch crystal to twice the 20 MHz of the classic parts.
 constexpr double kMinXtalMhz = 0.032;
 constexpr double kMaxXtalMhz = 40.0;
+
+// Edges listed per probe unless --probe-edges says otherwise, and the most it
+// may ask for (each kept edge costs 16 bytes for the whole run).
+constexpr int kDefaultProbeEdges = 50;
+constexpr int kMaxProbeEdges = 1000000;
+// The lowest square wave frequency and the longest times a drive accepts:
+// far beyond any run, small enough for whole cycles to fit 64 bits.
+constexpr double kMinSquareHz = 0.01;
+constexpr double kMaxDriveUs = 1e10;
 
 struct UartRequest {
     std::string pin;
@@ -43,6 +55,18 @@ std::vector<std::string> split(const std::string& text, char separator) {
     return parts;
 }
 
+// A signal driven onto an input pin from cycle 0, in cycles at the crystal.
+struct DriveRequest {
+    enum class Kind { Square, Pulse, Rc };
+    std::string pin;
+    Kind kind = Kind::Square;
+    bool idle = false;   // Square, Pulse: the level outside the pulses
+    uint64_t start = 0;  // Square, Pulse
+    uint64_t width = 0;  // Square, Pulse: cycles at the active level
+    uint64_t period = 0; // Square
+    double chargeUs = 0; // Rc
+};
+
 std::optional<int> number(const std::string& text) {
     if (text.empty() || text.size() > 9) return std::nullopt;
     for (char c : text)
@@ -58,6 +82,25 @@ std::optional<uint64_t> cycleCount(const std::string& text) {
     uint64_t value = std::stoull(text);
     if (value > kMaxCycles) return std::nullopt;
     return value;
+}
+
+// A plain decimal number: digits with at most one point, no sign or exponent.
+std::optional<double> decimal(const std::string& text) {
+    if (text.empty() || text.size() > 20 || text == ".") return std::nullopt;
+    bool point = false;
+    for (char c : text) {
+        if (c == '.' && !point)
+            point = true;
+        else if (c < '0' || c > '9')
+            return std::nullopt;
+    }
+    return std::stod(text);
+}
+
+std::string formatNumber(const char* format, double value) {
+    char text[64];
+    std::snprintf(text, sizeof text, format, value);
+    return text;
 }
 
 std::optional<UartRequest> parseUart(const std::string& text) {
@@ -87,10 +130,97 @@ std::optional<sim::Hd44780Pins> parseLcd(const std::string& text) {
     return pins;
 }
 
+const char* const kDriveForms =
+    "--drive wants PIN:square:HZ[:DUTY], PIN:pulse:START_US:WIDTH_US[:low] "
+    "or PIN:rc:CHARGE_US";
+
+// Parses one --drive value for a crystal of `xtalMhz`; on failure says why in `error`.
+std::optional<DriveRequest> parseDrive(const std::string& text, double xtalMhz,
+                                       std::string& error) {
+    std::vector<std::string> parts = split(text, ':');
+    error = std::string(kDriveForms) + ", not '" + text + "'";
+    if (parts.size() < 3 || parts[0].empty()) return std::nullopt;
+    const std::string xtal = formatNumber("%.10g", xtalMhz);
+    const double cyclesPerUs = xtalMhz / 4;
+    DriveRequest d;
+    d.pin = parts[0];
+    const std::string& kind = parts[1];
+    if (kind == "square") {
+        if (parts.size() > 4) return std::nullopt;
+        d.kind = DriveRequest::Kind::Square;
+        double maxHz = xtalMhz * 1e6 / 8; // a period of two cycles
+        std::optional<double> hz = decimal(parts[2]);
+        if (!hz || *hz < kMinSquareHz || *hz > maxHz) {
+            error = "--drive square wants a frequency from 0.01 to " +
+                    formatNumber("%.10g", maxHz) + " Hz at " + xtal +
+                    " MHz (a period of at least two cycles), not '" + parts[2] + "'";
+            return std::nullopt;
+        }
+        double duty = 50;
+        std::string dutyText = "50";
+        if (parts.size() == 4) {
+            std::optional<double> given = decimal(parts[3]);
+            if (!given || *given <= 0 || *given >= 100) {
+                error =
+                    "--drive square wants a duty above 0 and below 100 %, not '" + parts[3] + "'";
+                return std::nullopt;
+            }
+            duty = *given;
+            dutyText = parts[3];
+        }
+        d.period = static_cast<uint64_t>(std::llround(cyclesPerUs * 1e6 / *hz));
+        d.width = static_cast<uint64_t>(std::llround(static_cast<double>(d.period) * duty / 100));
+        if (d.width == 0 || d.width >= d.period) {
+            error = "--drive square: a duty of " + dutyText + " % of a " +
+                    std::to_string(d.period) +
+                    "-cycle period leaves one level shorter than a cycle";
+            return std::nullopt;
+        }
+        return d;
+    }
+    if (kind == "pulse") {
+        if (parts.size() > 5 || parts.size() < 4) return std::nullopt;
+        if (parts.size() == 5 && parts[4] != "low") return std::nullopt;
+        d.kind = DriveRequest::Kind::Pulse;
+        d.idle = parts.size() == 5;
+        std::optional<double> start = decimal(parts[2]);
+        std::optional<double> width = decimal(parts[3]);
+        if (!start || !width || *start > kMaxDriveUs || *width > kMaxDriveUs) {
+            error = "--drive pulse wants START_US and WIDTH_US from 0 to 10000000000, not '" +
+                    text + "'";
+            return std::nullopt;
+        }
+        d.start = static_cast<uint64_t>(std::llround(*start * cyclesPerUs));
+        d.width = static_cast<uint64_t>(std::llround(*width * cyclesPerUs));
+        if (d.width == 0) {
+            error = "--drive pulse: a width of " + parts[3] + " us is less than one cycle at " +
+                    xtal + " MHz";
+            return std::nullopt;
+        }
+        return d;
+    }
+    if (kind == "rc") {
+        if (parts.size() != 3) return std::nullopt;
+        d.kind = DriveRequest::Kind::Rc;
+        std::optional<double> charge = decimal(parts[2]);
+        if (!charge || *charge > kMaxDriveUs) {
+            error = "--drive rc wants a charge time in us from 0 to 10000000000, not '" + parts[2] +
+                    "'";
+            return std::nullopt;
+        }
+        d.chargeUs = *charge;
+        return d;
+    }
+    return std::nullopt;
+}
+
 // Everything the command line asked for, checked before anything runs.
 struct Plan {
     std::vector<UartRequest> uarts;
     std::optional<sim::Hd44780Pins> lcd;
+    std::vector<std::string> probes;
+    int probeEdges = kDefaultProbeEdges;
+    std::vector<DriveRequest> drives;
     uint64_t cycles = defaultCycles;
 };
 
@@ -118,6 +248,21 @@ std::optional<Plan> makePlan(const SimOptions& o, std::string& error) {
     if (!(o.xtalMhz >= kMinXtalMhz && o.xtalMhz <= kMaxXtalMhz)) {
         error = "--xtal wants a crystal frequency in MHz from 0.032 to 40";
         return std::nullopt;
+    }
+    plan.probes = o.probes;
+    if (o.probeEdges) {
+        std::optional<int> edges = number(*o.probeEdges);
+        if (!edges || *edges > kMaxProbeEdges) {
+            error = "--probe-edges wants a whole number from 0 to " +
+                    std::to_string(kMaxProbeEdges) + ", not '" + *o.probeEdges + "'";
+            return std::nullopt;
+        }
+        plan.probeEdges = *edges;
+    }
+    for (const std::string& text : o.drives) {
+        std::optional<DriveRequest> d = parseDrive(text, o.xtalMhz, error);
+        if (!d) return std::nullopt;
+        plan.drives.push_back(*d);
     }
     if (o.cycles) {
         std::optional<uint64_t> cycles = cycleCount(*o.cycles);
@@ -170,8 +315,44 @@ void printRam(const sim::Pic16& pic) {
     }
 }
 
+// Microseconds with three decimals: single cycles show up to 40 MHz (0.1 us).
+std::string microseconds(double cycles, double cycleSeconds) {
+    return formatNumber("%.3f", cycles * cycleSeconds * 1e6) + " us";
+}
+
+// The probe's listed edges and a summary line, each line led by "probe PIN: ".
+void printProbe(const std::string& name, const sim::LogicProbe& probe) {
+    const std::string lead = "probe " + name + ": ";
+    const double cs = probe.cycleSeconds();
+    std::cout << lead << "starts " << (probe.initialLevel() ? "high" : "low") << "\n";
+    for (const sim::Edge& e : probe.edges())
+        std::cout << lead << microseconds(static_cast<double>(e.cycle), cs) << " cycle " << e.cycle
+                  << ' ' << (e.level ? "high" : "low") << "\n";
+    const sim::ProbeSummary& s = probe.summary();
+    if (s.edges > probe.edges().size())
+        std::cout << lead << s.edges - probe.edges().size() << " more edges not listed\n";
+    std::cout << lead << s.edges << " edges, " << s.risingEdges << " rising; high ";
+    auto range = [cs](uint64_t least, uint64_t most) {
+        return formatNumber("%.3f", static_cast<double>(least) * cs * 1e6) + " to " +
+               microseconds(static_cast<double>(most), cs);
+    };
+    std::cout << (s.highPulses ? range(s.minHigh, s.maxHigh) : "none") << "; low "
+              << (s.lowPulses ? range(s.minLow, s.maxLow) : "none") << "; ";
+    if (s.periods == 0) {
+        std::cout << "no complete period\n";
+        return;
+    }
+    double period = static_cast<double>(s.periodCycles) / static_cast<double>(s.periods);
+    double duty =
+        100.0 * static_cast<double>(s.highInPeriods) / static_cast<double>(s.periodCycles);
+    std::cout << "period " << microseconds(period, cs) << "; duty " << formatNumber("%.2f", duty)
+              << " %; frequency " << formatNumber("%.3f", probe.frequency()) << " Hz\n";
+}
+
 void printResults(const sim::Pic16& pic, const std::vector<const sim::UartReceiver*>& uarts,
-                  const std::vector<UartRequest>& requests, const sim::Hd44780* lcd) {
+                  const std::vector<UartRequest>& requests, const sim::Hd44780* lcd,
+                  const std::vector<const sim::LogicProbe*>& probes,
+                  const std::vector<std::string>& probeNames) {
     for (size_t i = 0; i < uarts.size(); ++i) {
         std::cout << "uart " << requests[i].pin << ": " << uarts[i]->text() << "\n";
         if (uarts[i]->framingErrors() != 0)
@@ -184,6 +365,8 @@ void printResults(const sim::Pic16& pic, const std::vector<const sim::UartReceiv
         if (lcd->busyViolations() != 0)
             std::cout << "lcd: " << lcd->busyViolations() << " write(s) while busy\n";
     }
+    for (size_t i = 0; i < probes.size(); ++i)
+        printProbe(probeNames[i], *probes[i]);
     std::cout << "PC=0x" << hex(pic.pc(), 4) << " W=0x" << hex(pic.w(), 2) << " STATUS=0x"
               << hex(pic.status(), 2) << " cycles=" << pic.cycles() << "\n";
 }
@@ -214,6 +397,15 @@ void addSimCommand(CLI::App& app, SimOptions& o) {
     cycles->excludes(ms);
     sim->add_option("--uart-rx", o.uartRx, "Decode serial output: PIN:BAUD[:inv]");
     sim->add_option("--lcd", o.lcd, "HD44780 LCD in 4-bit mode: RS,E,D4,D5,D6,D7[:LINES]");
+    sim->add_option("--probe", o.probes,
+                    "Log a pin's edges (time, cycle, level) and its high/low widths, period, "
+                    "duty and frequency, e.g. PORTB.0 (repeatable)");
+    sim->add_option("--probe-edges", o.probeEdges,
+                    "Edges listed per probe, 0 to 1000000 (default 50); the summary counts all");
+    sim->add_option("--drive", o.drives,
+                    "Drive an input pin (repeatable): PIN:square:HZ[:DUTY] from cycle 0, "
+                    "PIN:pulse:START_US:WIDTH_US[:low] or PIN:rc:CHARGE_US (DUTY in %, times "
+                    "in microseconds)");
     sim->add_option("--dump", o.dump, "Print the registers (regs) or the RAM (ram)");
     sim->add_option("--vcd", o.vcd, "Write the pin levels to a VCD file");
     sim->add_option("--home", o.home, "Folder whose inc/ holds the device files");
@@ -238,7 +430,25 @@ int runSim(const SimOptions& o, const std::filesystem::path& executable) {
     pic.load(*hexData);
     std::vector<const sim::UartReceiver*> uarts;
     const sim::Hd44780* lcd = nullptr;
+    std::vector<const sim::LogicProbe*> probes;
     try {
+        // Sources first, so that probes and the VCD start from the levels they set.
+        std::set<const sim::Pin*> driven;
+        for (const DriveRequest& d : plan->drives) {
+            const sim::Pin* pin = pic.pin(d.pin);
+            if (pin && !driven.insert(pin).second)
+                return fail("--drive: " + d.pin + " is driven twice");
+            if (d.kind == DriveRequest::Kind::Rc) {
+                pic.attach(std::make_unique<sim::RcSource>(d.pin, d.chargeUs));
+                continue;
+            }
+            auto part = std::make_unique<sim::PulseSource>(d.pin, d.idle);
+            if (d.kind == DriveRequest::Kind::Square)
+                part->square(d.start, d.width, d.period);
+            else
+                part->pulse(d.start, d.width);
+            pic.attach(std::move(part));
+        }
         for (const UartRequest& r : plan->uarts) {
             auto part = std::make_unique<sim::UartReceiver>(r.pin, r.baud, r.inverted);
             uarts.push_back(part.get());
@@ -247,6 +457,12 @@ int runSim(const SimOptions& o, const std::filesystem::path& executable) {
         if (plan->lcd) {
             auto part = std::make_unique<sim::Hd44780>(*plan->lcd);
             lcd = part.get();
+            pic.attach(std::move(part));
+        }
+        for (const std::string& name : plan->probes) {
+            auto part = std::make_unique<sim::LogicProbe>(name);
+            part->keepEdges(static_cast<size_t>(plan->probeEdges));
+            probes.push_back(part.get());
             pic.attach(std::move(part));
         }
     } catch (const std::invalid_argument& e) {
@@ -267,7 +483,7 @@ int runSim(const SimOptions& o, const std::filesystem::path& executable) {
         pic.attach(std::move(part));
     }
     pic.run(plan->cycles);
-    printResults(pic, uarts, plan->uarts, lcd);
+    printResults(pic, uarts, plan->uarts, lcd, probes, plan->probes);
     if (o.dump && *o.dump == "regs") printRegisters(pic);
     if (o.dump && *o.dump == "ram") printRam(pic);
     if (!vcd) return 0;

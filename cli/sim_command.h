@@ -1,6 +1,6 @@
 // `zorvel sim`: run a HEX file on the simulated device with parts attached
-// (serial receivers, a character LCD), then print what they saw and the
-// final state.
+// (serial receivers, a character LCD, logic probes, signal sources on input
+// pins), then print what they saw and the final state.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -18,9 +18,12 @@ struct SimOptions {
     double xtalMhz = 4.0;
     std::optional<std::string> cycles; // checked by runSim: CLI11 would wrap "-1"
     std::optional<double> milliseconds;
-    std::vector<std::string> uartRx; // PIN:BAUD[:inv]
-    std::optional<std::string> lcd;  // RS,E,D4,D5,D6,D7[:LINES]
-    std::optional<std::string> dump; // regs | ram
+    std::vector<std::string> uartRx;       // PIN:BAUD[:inv]
+    std::optional<std::string> lcd;        // RS,E,D4,D5,D6,D7[:LINES]
+    std::vector<std::string> probes;       // PIN
+    std::optional<std::string> probeEdges; // text, like cycles
+    std::vector<std::string> drives;       // PIN:square:.., PIN:pulse:.., PIN:rc:..
+    std::optional<std::string> dump;       // regs | ram
     std::optional<std::string> vcd;
     std::optional<std::string> home;
 };

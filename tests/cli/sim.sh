@@ -150,5 +150,199 @@ if echo "$out" | grep -q 'uart PORTB.0: Hello'; then
 else
   passed=$((passed + 1))
 fi
+
+# Logic probes and driven inputs, on small programs assembled here.
+cat > "$work/toggle.asm" <<'EOF'
+        list    p=16f877
+        #include <p16f877.inc>
+        org     0
+        bsf     STATUS, RP0
+        bcf     TRISB, 1
+        bcf     STATUS, RP0
+loop    bsf     PORTB, 1            ; high for 2 cycles, low for 3
+        nop
+        bcf     PORTB, 1
+        goto    loop
+        end
+EOF
+cat > "$work/copy.asm" <<'EOF'
+        list    p=16f877
+        #include <p16f877.inc>
+        org     0
+        bsf     STATUS, RP0
+        clrf    TRISD
+        bcf     STATUS, RP0
+loop    movf    PORTB, w            ; PORTB copied to PORTD every 4 cycles
+        movwf   PORTD
+        goto    loop
+        end
+EOF
+cat > "$work/rctime.asm" <<'EOF'
+        list    p=16f877
+        #include <p16f877.inc>
+        cblock  0x20
+        count
+        endc
+        org     0
+        bcf     PORTB, 2            ; discharge the capacitor on RB2
+        bsf     STATUS, RP0
+        bcf     TRISB, 2
+        clrf    TRISD
+        bcf     STATUS, RP0
+        nop
+        bsf     STATUS, RP0
+        bsf     TRISB, 2            ; release it (cycle 7)
+        bcf     STATUS, RP0
+        clrf    count
+wait    incf    count, f            ; 4 cycles a pass until RB2 reads high
+        btfss   PORTB, 2
+        goto    wait
+        movf    count, w
+        movwf   PORTD
+done    goto    done
+        end
+EOF
+for program in toggle copy rctime; do
+  gpasm -a inhx8m -i -w 2 -p p16f877 -o "$work/$program.hex" "$work/$program.asm" > /dev/null 2>&1
+done
+
+# expect_probe NAME WANT ARGS...: `zorvel sim ARGS` exits 0 and its lines
+# starting with "probe " are exactly WANT.
+expect_probe() {
+  local name="$1" want="$2"; shift 2
+  local out status
+  out="$(timeout 60 "$zorvel" sim "$@" 2>&1)"; status=$?
+  if [ "$status" -ne 0 ]; then
+    echo "FAIL $name: exit status $status: $out"; failures=$((failures + 1))
+  elif [ "$(echo "$out" | grep '^probe ')" != "$want" ]; then
+    echo "FAIL $name: expected"; echo "$want"; echo "got"; echo "$out"
+    failures=$((failures + 1))
+  else
+    passed=$((passed + 1))
+  fi
+}
+
+# At 20 MHz a cycle is 0.2 us: bsf at cycle 3, bcf at 5, then every 5 cycles.
+expect_probe probe-toggle-20mhz "probe PORTB.1: starts low
+probe PORTB.1: 0.600 us cycle 3 high
+probe PORTB.1: 1.000 us cycle 5 low
+probe PORTB.1: 1.600 us cycle 8 high
+probe PORTB.1: 2.000 us cycle 10 low
+probe PORTB.1: 395 more edges not listed
+probe PORTB.1: 399 edges, 200 rising; high 0.400 to 0.400 us; low 0.600 to 0.600 us; \
+period 1.000 us; duty 40.00 %; frequency 1000000.000 Hz" \
+  "$work/toggle.hex" "${dev[@]}" --xtal 20 --cycles 1000 --probe PORTB.1 --probe-edges 4
+expect_probe probe-untouched-pin "probe PORTB.2: starts low
+probe PORTB.2: 0 edges, 0 rising; high none; low none; no complete period" \
+  "$work/toggle.hex" "${dev[@]}" --cycles 1000 --probe PORTB.2
+out="$("$zorvel" sim "$work/toggle.hex" "${dev[@]}" --cycles 1000 --probe RB1 2>&1)"
+if [ "$(echo "$out" | grep -c '^probe RB1: .* us cycle ')" -eq 50 ] &&
+   echo "$out" | grep -qx 'probe RB1: 349 more edges not listed'; then
+  passed=$((passed + 1))
+else
+  echo "FAIL probe-default-edges: expected 50 edges listed: $out"; failures=$((failures + 1))
+fi
+
+# A square wave of 10 kHz, 25 % duty, on RB0 from cycle 0, seen on the pin
+# itself and on RD0 where the program copies it: the 4-cycle copy loop moves
+# both edges to its passes, so the copy is high for 24 us of every 100.
+expect_probe drive-square "probe PORTB.0: starts high
+probe PORTB.0: 25.000 us cycle 25 low
+probe PORTB.0: 100.000 us cycle 100 high
+probe PORTB.0: 17 more edges not listed
+probe PORTB.0: 19 edges, 9 rising; high 25.000 to 25.000 us; low 75.000 to 75.000 us; \
+period 100.000 us; duty 25.00 %; frequency 10000.000 Hz
+probe PORTD.0: starts low
+probe PORTD.0: 4.000 us cycle 4 high
+probe PORTD.0: 28.000 us cycle 28 low
+probe PORTD.0: 18 more edges not listed
+probe PORTD.0: 20 edges, 10 rising; high 24.000 to 24.000 us; low 76.000 to 76.000 us; \
+period 100.000 us; duty 24.00 %; frequency 10000.000 Hz" \
+  "$work/copy.hex" "${dev[@]}" --cycles 1000 --drive PORTB.0:square:10000:25 \
+  --probe PORTB.0 --probe PORTD.0 --probe-edges 2
+# Half the instruction clock, the fastest square wave: 2 cycles a period.
+expect_probe drive-square-fastest "probe PORTB.4: starts high
+probe PORTB.4: 99 more edges not listed
+probe PORTB.4: 99 edges, 49 rising; high 2.000 to 2.000 us; low 2.000 to 2.000 us; \
+period 4.000 us; duty 50.00 %; frequency 250000.000 Hz" \
+  "$work/copy.hex" "${dev[@]}" --xtal 2 --cycles 100 --drive PORTB.4:square:250000 \
+  --probe PORTB.4 --probe-edges 0
+# One pulse from 100 us for 50 us on RB0, copied to RD0 at the next pass; one
+# pulse low on RB3 (idle high), its times rounded to whole cycles.
+expect_probe drive-pulses "probe PORTD.0: starts low
+probe PORTD.0: 104.000 us cycle 104 high
+probe PORTD.0: 152.000 us cycle 152 low
+probe PORTD.0: 2 edges, 1 rising; high 48.000 to 48.000 us; low none; no complete period
+probe PORTB.3: starts high
+probe PORTB.3: 101.000 us cycle 101 low
+probe PORTB.3: 151.000 us cycle 151 high
+probe PORTB.3: 2 edges, 1 rising; high none; low 50.000 to 50.000 us; no complete period" \
+  "$work/copy.hex" "${dev[@]}" --cycles 1000 --drive PORTB.0:pulse:100:50 \
+  --drive PORTB.3:pulse:100.6:50.25:low --probe PORTD.0 --probe PORTB.3
+# An RC network charging for 200 us after the release at cycle 7: RB2 reads
+# high from cycle 208 (the release is seen the cycle after), so the loop's
+# btfss (cycle 11 + 4n) first sees it in pass 51, which goes to PORTD.
+expect_probe drive-rc-edges "probe PORTB.2: starts high
+probe PORTB.2: 2.000 us cycle 2 low
+probe PORTB.2: 208.000 us cycle 208 high
+probe PORTB.2: 2 edges, 1 rising; high none; low 206.000 to 206.000 us; no complete period" \
+  "$work/rctime.hex" "${dev[@]}" --cycles 1000 --drive PORTB.2:rc:200 --probe PORTB.2
+expect drive-rc-count 0 "PORTD (0x008) = 0x33" \
+  "$work/rctime.hex" "${dev[@]}" --cycles 1000 --drive PORTB.2:rc:200 --dump regs
+# Half the charge time: high from cycle 108, seen in pass 26.
+expect drive-rc-count-shorter 0 "PORTD (0x008) = 0x1A" \
+  "$work/rctime.hex" "${dev[@]}" --cycles 1000 --drive PORTB.2:rc:100 --dump regs
+
+# Malformed drives and probes are refused before the (long) run.
+forms="--drive wants PIN:square:HZ[:DUTY], PIN:pulse:START_US:WIDTH_US[:low] or PIN:rc:CHARGE_US"
+square="--drive square wants a frequency from 0.01 to 500000 Hz at 4 MHz"
+square="$square (a period of at least two cycles)"
+duty="--drive square wants a duty above 0 and below 100 %"
+pulse="--drive pulse wants START_US and WIDTH_US from 0 to 10000000000"
+rc="--drive rc wants a charge time in us from 0 to 10000000000"
+bad=("$work/copy.hex" "${dev[@]}" "${long[@]}")
+expect drive-no-signal 2 "$forms, not 'PORTB.0'" "${bad[@]}" --drive PORTB.0
+expect drive-no-pin 2 "$forms, not ':square:1000'" "${bad[@]}" --drive :square:1000
+expect drive-unknown-kind 2 "$forms, not 'PORTB.0:sine:1000'" "${bad[@]}" --drive PORTB.0:sine:1000
+expect drive-square-extra 2 "$forms, not 'PORTB.0:square:1000:50:1'" \
+  "${bad[@]}" --drive PORTB.0:square:1000:50:1
+expect drive-square-text 2 "$square, not 'abc'" "${bad[@]}" --drive PORTB.0:square:abc
+expect drive-square-zero 2 "$square, not '0'" "${bad[@]}" --drive PORTB.0:square:0
+expect drive-square-exponent 2 "$square, not '1e3'" "${bad[@]}" --drive PORTB.0:square:1e3
+expect drive-square-too-fast 2 "$square, not '500001'" "${bad[@]}" --drive PORTB.0:square:500001
+expect drive-square-too-fast-20mhz 2 \
+  "--drive square wants a frequency from 0.01 to 2500000 Hz at 20 MHz" \
+  "${bad[@]}" --xtal 20 --drive PORTB.0:square:2500001
+expect drive-duty-zero 2 "$duty, not '0'" "${bad[@]}" --drive PORTB.0:square:1000:0
+expect drive-duty-full 2 "$duty, not '100'" "${bad[@]}" --drive PORTB.0:square:1000:100
+expect drive-duty-negative 2 "$duty, not '-5'" "${bad[@]}" --drive PORTB.0:square:1000:-5
+expect drive-duty-under-a-cycle 2 \
+  "--drive square: a duty of 10 % of a 3-cycle period leaves one level shorter than a cycle" \
+  "${bad[@]}" --drive PORTB.0:square:400000:10
+expect drive-pulse-no-width 2 "$forms, not 'PORTB.0:pulse:10'" "${bad[@]}" --drive PORTB.0:pulse:10
+expect drive-pulse-bad-polarity 2 "$forms, not 'PORTB.0:pulse:10:5:high'" \
+  "${bad[@]}" --drive PORTB.0:pulse:10:5:high
+expect drive-pulse-negative 2 "$pulse, not 'PORTB.0:pulse:-1:5'" \
+  "${bad[@]}" --drive PORTB.0:pulse:-1:5
+expect drive-pulse-too-late 2 "$pulse, not 'PORTB.0:pulse:10000000001:5'" \
+  "${bad[@]}" --drive PORTB.0:pulse:10000000001:5
+expect drive-pulse-under-a-cycle 2 \
+  "--drive pulse: a width of 0.4 us is less than one cycle at 4 MHz" \
+  "${bad[@]}" --drive PORTB.0:pulse:10:0.4
+expect drive-rc-empty 2 "$rc, not ''" "${bad[@]}" --drive PORTB.0:rc:
+expect drive-rc-text 2 "$rc, not 'slow'" "${bad[@]}" --drive PORTB.0:rc:slow
+expect drive-rc-extra 2 "$forms, not 'PORTB.0:rc:5:6'" "${bad[@]}" --drive PORTB.0:rc:5:6
+expect drive-unknown-pin 2 "no pin called PORTZ.0 on 16F877" \
+  "${bad[@]}" --drive PORTZ.0:square:1000
+expect drive-gpio-on-877 2 "no pin called GPIO.2 on 16F877" "${bad[@]}" --drive GPIO.2:rc:10
+expect drive-twice 2 "--drive: RB0 is driven twice" \
+  "${bad[@]}" --drive PORTB.0:rc:10 --drive RB0:square:1000
+expect probe-unknown-pin 2 "no pin called PORTZ.0 on 16F877" "${bad[@]}" --probe PORTZ.0
+expect probe-edges-negative 2 \
+  "--probe-edges wants a whole number from 0 to 1000000, not '-1'" \
+  "${bad[@]}" --probe PORTB.0 --probe-edges -1
+expect probe-edges-too-many 2 \
+  "--probe-edges wants a whole number from 0 to 1000000, not '1000001'" \
+  "${bad[@]}" --probe PORTB.0 --probe-edges 1000001
 echo "sim: $passed passed, $failures failed"
 [ "$failures" -eq 0 ]
