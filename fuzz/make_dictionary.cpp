@@ -2,7 +2,7 @@
 // statement words, the DECLARE settings and a few operators and device names.
 #include "compiler/frontend/device.h"
 #include "compiler/frontend/keywords.h"
-#include "compiler/frontend/statement.h"
+#include "compiler/commands/commands.h"
 
 #include <iostream>
 #include <set>

@@ -2,7 +2,7 @@
 #include "compiler/codegen/arithmetic.h"
 #include "compiler/codegen/array_access.h"
 #include "compiler/codegen/emit.h"
-#include "compiler/commands/command_routes.h"
+#include "compiler/commands/commands.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
 #include "compiler/frontend/const_expr.h"
@@ -54,10 +54,7 @@ bool readEquals(Compilation& c) {
         return false;
     }
     ++c.line.pos;
-    std::string first = peekWord(c);
-    if (!isFunctionKeyword(first)) return true;
-    reportError(c, kErrText, "Function '" + first + "' is not supported yet in expressions");
-    return false;
+    return true;
 }
 
 // A right-hand side that is one array element goes through W straight into
@@ -80,7 +77,9 @@ bool assignSingleElement(Compilation& c, const Value& dest) {
 void assignValue(Compilation& c, const Value& dest) {
     int errors = c.ctx.errorCount;
     skipBlanks(c);
-    if (macroFollows(c))
+    if (isFunctionKeyword(peekWord(c)))
+        compileFunction(c, dest);
+    else if (macroFollows(c))
         compileMacroValue(c, dest);
     else if (!assignSingleElement(c, dest))
         compileExpression(c, dest);
@@ -137,16 +136,6 @@ void assignTo(Compilation& c, const std::string& target) {
     if (readEquals(c)) assignValue(c, *dest);
 }
 
-void compileLet(Compilation& c) {
-    remarksEcho(c);
-    std::string target = readOperand(c);
-    if (target.empty()) {
-        reportError(c, kErrText, "Variable Expected");
-        return;
-    }
-    assignTo(c, target);
-}
-
 // INC and DEC: the add or subtract generator with the constant 1, the
 // variable being both left operand and result.
 void compileStep(Compilation& c, int op, std::string_view constantMessage) {
@@ -168,14 +157,6 @@ void compileStep(Compilation& c, int op, std::string_view constantMessage) {
         return;
     }
     emitOperation(c, op, *v, {"1", kKindNum, -1}, *v);
-}
-
-void compileIncrement(Compilation& c) {
-    compileStep(c, kOpAdd, "Cannot increment a numeric constant");
-}
-
-void compileDecrement(Compilation& c) {
-    compileStep(c, kOpSubtract, "Cannot decrement a numeric constant");
 }
 
 // --- SWAP -----------------------------------------------------------------------
@@ -246,6 +227,26 @@ std::optional<Value> readSwapOperand(Compilation& c) {
     return readTarget(c, text, "Cannot SWAP a numeric constant");
 }
 
+} // namespace
+
+void compileLet(Compilation& c) {
+    remarksEcho(c);
+    std::string target = readOperand(c);
+    if (target.empty()) {
+        reportError(c, kErrText, "Variable Expected");
+        return;
+    }
+    assignTo(c, target);
+}
+
+void compileIncrement(Compilation& c) {
+    compileStep(c, kOpAdd, "Cannot increment a numeric constant");
+}
+
+void compileDecrement(Compilation& c) {
+    compileStep(c, kOpSubtract, "Cannot decrement a numeric constant");
+}
+
 void compileSwap(Compilation& c) {
     remarksEcho(c);
     std::optional<Value> a = readSwapOperand(c);
@@ -259,17 +260,6 @@ void compileSwap(Compilation& c) {
     std::optional<Value> b = readSwapOperand(c);
     if (!b) return;
     swapValues(c, *a, *b);
-}
-
-constexpr Route kAssignmentRoutes[] = {
-    {"LET", compileLet},       {"INC", compileIncrement},       {"INCREMENT", compileIncrement},
-    {"DEC", compileDecrement}, {"DECREMENT", compileDecrement}, {"SWAP", compileSwap},
-};
-
-} // namespace
-
-std::span<const Route> assignmentRoutes() {
-    return kAssignmentRoutes;
 }
 
 void compileAssignment(Compilation& c) {

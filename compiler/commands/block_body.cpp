@@ -1,10 +1,10 @@
 #include "compiler/commands/block_body.h"
 
+#include "compiler/commands/commands.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
 #include "compiler/driver/line_loop.h"
 #include "compiler/frontend/lexer.h"
-#include "compiler/frontend/statement.h"
 
 #include <string>
 

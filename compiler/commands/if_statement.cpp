@@ -2,9 +2,9 @@
 // line (single-line IF) or the following lines up to ELSE / ENDIF.
 #include "compiler/codegen/emit.h"
 #include "compiler/commands/block_body.h"
-#include "compiler/commands/command_routes.h"
+#include "compiler/commands/commands.h"
+#include "compiler/commands/condition.h"
 #include "compiler/driver/compilation.h"
-#include "compiler/frontend/condition.h"
 #include "compiler/frontend/lexer.h"
 #include "compiler/frontend/statement.h"
 
@@ -73,6 +73,10 @@ void compileBlockIf(Compilation& c, const IfLabels& labels, int line) {
     emitLabel(c, labels.falseLabel);
 }
 
+constexpr Route kConditionRoutes[] = {{"IF", compileIf}};
+
+} // namespace
+
 void compileIf(Compilation& c) {
     int line = c.ctx.currentSourceLine + 1;
     remarksEcho(c);
@@ -87,14 +91,6 @@ void compileIf(Compilation& c) {
         compileSingleLineIf(c, labels);
     else
         compileBlockIf(c, labels, line);
-}
-
-constexpr Route kConditionRoutes[] = {{"IF", compileIf}};
-
-} // namespace
-
-std::span<const Route> conditionRoutes() {
-    return kConditionRoutes;
 }
 
 } // namespace zorvel

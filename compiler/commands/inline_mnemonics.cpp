@@ -3,7 +3,7 @@
 // LGOTO, TGOTO, BRSET, BRCLR). The instructions are written plain: no bank
 // selection is added, the program selects banks itself.
 #include "compiler/codegen/emit.h"
-#include "compiler/commands/command_routes.h"
+#include "compiler/commands/commands.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
 #include "compiler/frontend/const_expr.h"

@@ -1,6 +1,6 @@
 // GOTO, GOSUB, CALL, RETURN and POKE.
 #include "compiler/codegen/emit.h"
-#include "compiler/commands/command_routes.h"
+#include "compiler/commands/commands.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
 #include "compiler/frontend/lexer.h"
@@ -22,37 +22,6 @@ std::optional<std::string> readTargetLabel(Compilation& c) {
     }
     if (!lookupLabel(c, true, label)) return std::nullopt;
     return label;
-}
-
-void compileGoto(Compilation& c) {
-    remarksEcho(c);
-    if (std::optional<std::string> label = readTargetLabel(c)) emitOp(c, Op1::FarGoto, *label);
-}
-
-void compileGosub(Compilation& c) {
-    remarksEcho(c);
-    if (std::optional<std::string> label = readTargetLabel(c)) emitOp(c, Op1::FarCall, *label);
-}
-
-// CALL takes any name up to the next delimiter, unchecked: it may be a
-// label of inline assembly.
-void compileCall(Compilation& c) {
-    skipBlanks(c);
-    LineBuffer& l = c.line;
-    size_t start = l.pos;
-    while (l.pos < l.length() && !isBlank(l.upper[l.pos]) && !isDelimiter(l.upper[l.pos]) &&
-           !isStatementEnd(l.upper[l.pos]))
-        ++l.pos;
-    if (l.pos == start) {
-        reportError(c, kErrSyntax);
-        return;
-    }
-    emitOp(c, Op1::FarCall, l.upper.substr(start, l.pos - start));
-}
-
-void compileReturn(Compilation& c) {
-    remarksEcho(c);
-    emitReturn(c);
 }
 
 // A POKE operand: a constant or a declared BYTE or WORD variable.
@@ -119,6 +88,39 @@ void emitPoke(Compilation& c, const Operand& address, const Operand& value) {
     emitOp(c, Op1::MovWF, operandText(address));
 }
 
+} // namespace
+
+void compileGoto(Compilation& c) {
+    remarksEcho(c);
+    if (std::optional<std::string> label = readTargetLabel(c)) emitOp(c, Op1::FarGoto, *label);
+}
+
+void compileGosub(Compilation& c) {
+    remarksEcho(c);
+    if (std::optional<std::string> label = readTargetLabel(c)) emitOp(c, Op1::FarCall, *label);
+}
+
+// CALL takes any name up to the next delimiter, unchecked: it may be a
+// label of inline assembly.
+void compileCall(Compilation& c) {
+    skipBlanks(c);
+    LineBuffer& l = c.line;
+    size_t start = l.pos;
+    while (l.pos < l.length() && !isBlank(l.upper[l.pos]) && !isDelimiter(l.upper[l.pos]) &&
+           !isStatementEnd(l.upper[l.pos]))
+        ++l.pos;
+    if (l.pos == start) {
+        reportError(c, kErrSyntax);
+        return;
+    }
+    emitOp(c, Op1::FarCall, l.upper.substr(start, l.pos - start));
+}
+
+void compileReturn(Compilation& c) {
+    remarksEcho(c);
+    emitReturn(c);
+}
+
 void compilePoke(Compilation& c) {
     remarksEcho(c);
     skipBlanks(c);
@@ -137,17 +139,6 @@ void compilePoke(Compilation& c) {
     std::optional<Operand> value = readPokeOperand(c);
     if (!value || !checkPokeRange(c, *address, *value)) return;
     emitPoke(c, *address, *value);
-}
-
-constexpr Route kJumpRoutes[] = {
-    {"GOTO", compileGoto},     {"GOSUB", compileGosub}, {"CALL", compileCall},
-    {"RETURN", compileReturn}, {"POKE", compilePoke},
-};
-
-} // namespace
-
-std::span<const Route> jumpRoutes() {
-    return kJumpRoutes;
 }
 
 } // namespace zorvel

@@ -4,10 +4,10 @@
 #include "compiler/codegen/emit.h"
 #include "compiler/codegen/loop_step.h"
 #include "compiler/commands/block_body.h"
-#include "compiler/commands/command_routes.h"
+#include "compiler/commands/commands.h"
+#include "compiler/commands/condition.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
-#include "compiler/frontend/condition.h"
 #include "compiler/frontend/lexer.h"
 #include "compiler/frontend/operand.h"
 #include "compiler/frontend/statement.h"
@@ -132,6 +132,8 @@ void compileNext(Compilation& c, const ForLoop& loop) {
     emitLabel(c, loop.exit);
 }
 
+} // namespace
+
 void compileFor(Compilation& c) {
     ForLoop loop;
     loop.line = c.ctx.currentSourceLine + 1;
@@ -181,18 +183,6 @@ void compileRepeat(Compilation& c) {
     takeCloser(c, "UNTIL");
     remarksEcho(c);
     compileCondition(c, top);
-}
-
-constexpr Route kLoopRoutes[] = {
-    {"FOR", compileFor},
-    {"WHILE", compileWhile},
-    {"REPEAT", compileRepeat},
-};
-
-} // namespace
-
-std::span<const Route> loopRoutes() {
-    return kLoopRoutes;
 }
 
 } // namespace zorvel

@@ -3,7 +3,7 @@
 // statements of macro bodies. A macro body cannot see the BASIC types of its
 // arguments, so each call passes them in assembler variables (PRM_C, PRM_1 ..,
 // RETURN_TYPE, RETURN_VAR, RETURN_BITNUM) while MACRO_PARAMS is on.
-#include "compiler/commands/command_routes.h"
+#include "compiler/commands/commands.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
 #include "compiler/frontend/expression.h"
@@ -275,6 +275,8 @@ bool insideMacro(Compilation& c) {
     return false;
 }
 
+} // namespace
+
 void compileEndm(Compilation& c) {
     if (c.names.openMacro.empty()) {
         reportError(c, kErrText, "ENDM without MACRO");
@@ -322,31 +324,6 @@ void compileTypePair(Compilation& c) {
     while (l.pos < l.length() && l.upper[l.pos] != '\'')
         ++l.pos;
     c.emit("\t" + head + " " + assemblerOperandText(c, l.cased.substr(start, l.pos - start)));
-}
-
-void typePairRoute(std::vector<Route>& routes) {
-    static constexpr std::string_view kTypePairs[] = {
-        "NUM_WREG",  "NUM_BYTE",    "NUM_WORD",    "NUM_BIT",     "BYTE_WREG", "BYTE_BYTE",
-        "BYTE_WORD", "BYTE_BIT",    "WORD_WREG",   "WORD_BYTE",   "WORD_WORD", "WORD_BIT",
-        "BIT_WREG",  "BIT_BYTE",    "BIT_WORD",    "BIT_BIT",     "WREG_BYTE", "WREG_WORD",
-        "WREG_BIT",  "RETURN_WREG", "RETURN_BYTE", "RETURN_WORD", "RETURN_BIT"};
-    for (std::string_view k : kTypePairs)
-        routes.push_back({k, compileTypePair});
-}
-
-} // namespace
-
-std::span<const Route> macroRoutes() {
-    static const std::vector<Route> routes = [] {
-        std::vector<Route> r = {
-            {"ENDM", compileEndm},
-            {"EXITM", compileExitm},
-            {"#LOCAL", compileLocal},
-        };
-        typePairRoute(r);
-        return r;
-    }();
-    return routes;
 }
 
 void compileMacroDeclaration(Compilation& c) {

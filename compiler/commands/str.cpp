@@ -2,12 +2,12 @@
 // quoted text, or from a list of values, one element symbol per value.
 #include "compiler/codegen/array_access.h"
 #include "compiler/codegen/emit.h"
-#include "compiler/commands/command_routes.h"
+#include "compiler/commands/commands.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
-#include "compiler/frontend/declarations.h"
 #include "compiler/frontend/lexer.h"
 #include "compiler/frontend/operand.h"
+#include "compiler/frontend/ram.h"
 #include "compiler/frontend/statement.h"
 
 #include <optional>
@@ -124,6 +124,10 @@ void listForm(Compilation& c, const Element& target) {
     } while (accept(c, ','));
 }
 
+constexpr Route kStrRoutes[] = {{"STR", compileStr}};
+
+} // namespace
+
 void compileStr(Compilation& c) {
     remarksEcho(c);
     int errors = c.ctx.errorCount;
@@ -141,14 +145,6 @@ void compileStr(Compilation& c) {
     if (c.line.peek() == '"') return textForm(c, *target);
     if (peekWord(c) == "STR") return copyForm(c, *target);
     listForm(c, *target);
-}
-
-constexpr Route kStrRoutes[] = {{"STR", compileStr}};
-
-} // namespace
-
-std::span<const Route> strRoutes() {
-    return kStrRoutes;
 }
 
 } // namespace zorvel

@@ -5,7 +5,7 @@
 // line from one-cycle and two-cycle instructions and a counted loop.
 #include "compiler/codegen/array_access.h"
 #include "compiler/codegen/emit.h"
-#include "compiler/commands/command_routes.h"
+#include "compiler/commands/commands.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
 #include "compiler/frontend/expression.h"
@@ -223,25 +223,14 @@ void compileDelay(Compilation& c, const DelayRoutine& r, bool inlineConstants) {
     loadOperand(c, r);
 }
 
+} // namespace
+
 void compileMilliseconds(Compilation& c) {
     compileDelay(c, kMilliseconds, false);
 }
 
 void compileMicroseconds(Compilation& c) {
     compileDelay(c, kMicroseconds, true);
-}
-
-constexpr Route kTimingRoutes[] = {
-    {"PAUSE", compileMilliseconds},
-    {"DELAYMS", compileMilliseconds},
-    {"PAUSEUS", compileMicroseconds},
-    {"DELAYUS", compileMicroseconds},
-};
-
-} // namespace
-
-std::span<const Route> timingRoutes() {
-    return kTimingRoutes;
 }
 
 } // namespace zorvel

@@ -2,7 +2,7 @@
 
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
-#include "compiler/frontend/statement.h"
+#include "compiler/commands/commands.h"
 
 #include <algorithm>
 #include <cctype>

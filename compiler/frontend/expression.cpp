@@ -5,10 +5,10 @@
 #include "compiler/codegen/emit.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
-#include "compiler/frontend/declarations.h"
 #include "compiler/frontend/keywords.h"
 #include "compiler/frontend/lexer.h"
 #include "compiler/frontend/operand.h"
+#include "compiler/frontend/ram.h"
 
 #include <optional>
 

@@ -93,12 +93,11 @@ KeywordLookup lookupKeyword(std::string_view word) {
 }
 
 bool isFunctionKeyword(std::string_view word) {
-    static constexpr std::string_view kDispatched[] = {
+    static constexpr std::string_view kFunctions[] = {
         "ADIN",   "PEEK",  "RSIN",    "RANDOM",  "SIN",      "COS",       "DIG",
         "CREAD",  "EREAD", "LOOKUP",  "LOOKUPL", "LOOKDOWN", "LOOKDOWNL", "BUSIN",
-        "PULSIN", "POT",   "COUNTER", "RCIN",    "INKEY"};
-    if (lookupKeyword(word).keywordClass == kClassFunction) return true;
-    for (std::string_view f : kDispatched)
+        "PULSIN", "POT",   "COUNTER", "RCIN",    "INKEY",    "LCDREAD",   "PIXEL"};
+    for (std::string_view f : kFunctions)
         if (f == word) return true;
     return false;
 }

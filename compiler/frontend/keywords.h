@@ -31,9 +31,10 @@ std::span<const Keyword> keywordTable();
 // Whole-word, case-sensitive lookup of an upper-case word; the first match wins.
 KeywordLookup lookupKeyword(std::string_view word);
 
-// True for a word that yields a value on the right of an assignment: the
-// keyword table's function class and the other words the function dispatcher
-// takes (ADIN, DIG, RSIN, BUSIN, ...).
+// True for a word that yields a value on the right of an assignment, the
+// words of the function dispatcher (compiler/commands/command_table.cpp).
+// The keyword table's function class is its own older grouping: it includes
+// LOW and OREAD, which begin statements, and leaves out ADIN, DIG, RSIN and BUSIN.
 bool isFunctionKeyword(std::string_view word);
 
 } // namespace zorvel

@@ -1,17 +1,12 @@
 #include "compiler/frontend/statement.h"
 
-#include "compiler/commands/command_routes.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
-#include "compiler/frontend/builtin_statements.h"
-#include "compiler/frontend/declarations.h"
-#include "compiler/frontend/device_statements.h"
 #include "compiler/frontend/keywords.h"
 #include "compiler/frontend/lexer.h"
 #include "compiler/frontend/reserved_names.h"
 
 #include <algorithm>
-#include <unordered_map>
 
 namespace zorvel {
 namespace {
@@ -197,78 +192,6 @@ void remarksEcho(Compilation& c) {
     }
     c.emit(";" + std::string(text));
     c.stmt.firstStatementOfLine = false;
-}
-
-void compileStatementsOfLine(Compilation& c) {
-    LineBuffer& l = c.line;
-    do {
-        c.stmt.nothingToDispatch = false;
-        int errors = c.ctx.errorCount;
-        readStatementHead(c);
-        if (!c.stmt.nothingToDispatch) {
-            dispatchStatement(c);
-            if (isBlockClosingKeyword(c.stmt.keyword)) return;
-        }
-        if (l.pos < l.length()) {
-            skipBlanks(c);
-            if (l.peek() != ':' && !closingKeywordFollows(c)) {
-                if (c.ctx.pass == 2 && errors == c.ctx.errorCount && !isStatementEnd(l.peek()))
-                    reportError(c, kErrText, "Unexpected text after the statement");
-                l.pos = l.length();
-            }
-        }
-    } while (l.pos < l.length());
-}
-
-void dispatchStatement(Compilation& c) {
-    const std::string& keyword = c.stmt.keyword;
-    if (keyword == "ON_INTERRUPT") {
-        compileOnInterrupt(c);
-        return;
-    }
-    if (c.ctx.pass != 2) return;
-    placeDataSkipLabel(c);
-    if (c.stmt.macroDefinition) {
-        compileMacroDeclaration(c);
-        return;
-    }
-    if (StatementHandler handler = findRoute(keyword)) {
-        handler(c);
-        return;
-    }
-    compileAssignment(c);
-}
-
-// Every route in the order the dispatcher tries them; the first entry of a
-// keyword wins.
-static const std::vector<Route>& allRoutes() {
-    static const std::vector<Route> routes = [] {
-        std::vector<Route> all;
-        for (auto table : {builtinRoutes(), deviceRoutes(), declarationRoutes(), assignmentRoutes(),
-                           conditionRoutes(), loopRoutes(), jumpRoutes(), timingRoutes(),
-                           strRoutes(), mnemonicRoutes(), macroRoutes(), laterRoutes()})
-            all.insert(all.end(), table.begin(), table.end());
-        return all;
-    }();
-    return routes;
-}
-
-StatementHandler findRoute(std::string_view keyword) {
-    static const std::unordered_map<std::string_view, StatementHandler> routes = [] {
-        std::unordered_map<std::string_view, StatementHandler> m;
-        for (const Route& r : allRoutes())
-            m.emplace(r.keyword, r.handler);
-        return m;
-    }();
-    auto it = routes.find(keyword);
-    return it == routes.end() ? nullptr : it->second;
-}
-
-std::vector<std::string_view> routedKeywords() {
-    std::vector<std::string_view> words;
-    for (const Route& r : allRoutes())
-        words.push_back(r.keyword);
-    return words;
 }
 
 } // namespace zorvel

@@ -1,9 +1,8 @@
-// Statement dispatch: splits a line into statements, reads each statement's
-// label and keyword, and routes it to the generator that compiles it.
+// The statement head: the label and the keyword of each statement, read
+// before the dispatcher (compiler/commands/command_table.cpp) routes it.
 #pragma once
 
 #include <string_view>
-#include <vector>
 
 namespace zorvel {
 
@@ -11,21 +10,8 @@ class Compilation;
 
 using StatementHandler = void (*)(Compilation&);
 
-// Compiles every statement of the current working line (cursor at 0).
-void compileStatementsOfLine(Compilation& c);
-
 // Reads the label (if any) and the keyword of the statement at the cursor.
 void readStatementHead(Compilation& c);
-
-// Routes the statement whose keyword is in the keyword buffer.
-void dispatchStatement(Compilation& c);
-
-// The generator of a keyword, or nullptr when the statement is an assignment.
-StatementHandler findRoute(std::string_view keyword);
-
-// Every keyword the dispatcher routes to a generator (the statements that
-// compile, and those reported as not supported yet).
-std::vector<std::string_view> routedKeywords();
 
 // True for ELSE, ENDIF, WEND, NEXT and UNTIL, which end a block body.
 bool isBlockClosingKeyword(std::string_view keyword);

@@ -1,7 +1,7 @@
 // PAUSE, DELAYMS, PAUSEUS and DELAYUS: the lines each operand kind gives, the
 // in-line microsecond delays per crystal, the routines they mark, and every
 // diagnostic.
-#include "compiler/frontend/statement.h"
+#include "compiler/commands/commands.h"
 #include "compiler/library/library_writer.h"
 #include "compiler/library/runtime_marks.h"
 #include "support/statement_code.h"

@@ -1,6 +1,6 @@
 // DIM and SYMBOL: the equates and defines each declaration writes, where the
 // allocator puts variables, and every declaration error.
-#include "compiler/frontend/declarations.h"
+#include "compiler/frontend/ram.h"
 #include "support/test_support.h"
 
 #include <gtest/gtest.h>

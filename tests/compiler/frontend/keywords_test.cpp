@@ -1,6 +1,6 @@
 // The keyword table and the table limits of labels and macro names.
+#include "compiler/commands/commands.h"
 #include "compiler/frontend/keywords.h"
-#include "compiler/frontend/statement.h"
 #include "support/test_support.h"
 
 #include <gtest/gtest.h>
@@ -53,15 +53,24 @@ TEST(KeywordTable, Lookups) {
     }
 }
 
-TEST(Routing, EveryStatementKeywordHasAGenerator) {
-    // Statement keywords that are parts of other statements or are compiled
-    // through the assignment route.
-    const std::set<std::string_view> parts = {"TO", "STEP", "THEN", "DIG", "LOCAL"};
-    for (const Keyword& k : keywordTable()) {
-        if (k.keywordClass == kClassFunction || parts.count(k.text)) continue;
-        if (k.text == "ON_INTERRUPT") continue; // dispatched before the routing table
-        EXPECT_NE(findRoute(k.text), nullptr) << k.text;
+TEST(Routing, EveryKeywordIsInTheCommandTable) {
+    // Words that only appear inside another statement.
+    const std::set<std::string_view> parts = {"TO", "STEP", "THEN", "LOCAL"};
+    std::set<std::string_view> commands;
+    for (const Command& cmd : commandTable())
+        EXPECT_TRUE(commands.insert(cmd.keyword).second) << "twice: " << cmd.keyword;
+    for (const Keyword& k : keywordTable())
+        if (k.keywordClass != kClassTypePair && !parts.count(k.text)) {
+            EXPECT_TRUE(commands.count(k.text)) << k.text;
+        }
+    for (const Command& cmd : commandTable()) {
+        // A word without a statement generator is a function word.
+        bool function = cmd.function || !cmd.statement;
+        EXPECT_TRUE(!function || isFunctionKeyword(cmd.keyword)) << cmd.keyword;
+        EXPECT_TRUE(!cmd.statement || findRoute(cmd.keyword) == cmd.statement) << cmd.keyword;
     }
+    EXPECT_EQ(findRoute("NUM_BYTE"), findRoute("RETURN_BIT"));
+    EXPECT_NE(findRoute("MOVLW"), nullptr);
     EXPECT_EQ(findRoute("GOTOX"), nullptr);
 }
 

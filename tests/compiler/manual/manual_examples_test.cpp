@@ -3,14 +3,11 @@
 // is still to come fails only because that command is not there yet (and
 // builds once those lines are taken out), every statement keyword, function
 // and DECLARE setting has a section, and every link of the contents resolves.
-#include "compiler/commands/command_routes.h"
+#include "compiler/commands/commands.h"
 #include "compiler/driver/file_io.h"
-#include "compiler/frontend/builtin_statements.h"
-#include "compiler/frontend/declarations.h"
+#include "compiler/frontend/ram.h"
 #include "compiler/frontend/device.h"
-#include "compiler/frontend/device_statements.h"
 #include "compiler/frontend/keywords.h"
-#include "compiler/frontend/statement.h"
 #include "support/test_support.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 // keyword, each built-in function and each DECLARE setting gets its colour.
 #include "compiler/frontend/device.h"
 #include "compiler/frontend/keywords.h"
-#include "compiler/frontend/statement.h"
+#include "compiler/commands/commands.h"
 #include "ide/editor/basic_keywords.h"
 
 #include <QTest>

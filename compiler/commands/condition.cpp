@@ -1,7 +1,7 @@
-#include "compiler/frontend/condition.h"
+#include "compiler/commands/condition.h"
 
 #include "compiler/codegen/array_access.h"
-#include "compiler/commands/command_routes.h"
+#include "compiler/commands/commands.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
 #include "compiler/frontend/keywords.h"

@@ -1,12 +1,11 @@
-#include "compiler/frontend/device_statements.h"
-
+#include "compiler/commands/commands.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
 #include "compiler/frontend/const_expr.h"
-#include "compiler/frontend/declarations.h"
 #include "compiler/frontend/lexer.h"
 #include "compiler/frontend/numbers.h"
 #include "compiler/frontend/operand.h"
+#include "compiler/frontend/ram.h"
 
 #include <string>
 
@@ -14,30 +13,6 @@ namespace zorvel {
 namespace {
 
 constexpr size_t kMaxDeviceName = 19;
-
-// Only the first DEVICE of a pass loads; a later one cannot undo a failed load.
-// Loading rebuilds the symbol table, so it must come before any declaration.
-void compileDevice(Compilation& c) {
-    c.ctx.defaultDevice = false;
-    std::string name = readWord(c);
-    if (name.empty()) {
-        reportError(c, kErrSyntax);
-        return;
-    }
-    if (c.device.setThisPass) return;
-    c.ctx.deviceSet = true;
-    if (name.size() > kMaxDeviceName) {
-        reportError(c, kErrText, "Device name '" + name + "' is too long. 19 characters maximum");
-        return;
-    }
-    if (c.symbols.size() > c.device.loadedSymbols) {
-        reportError(c, kErrText, "DEVICE must come before the declarations and statements");
-        return;
-    }
-    c.device.name = name;
-    c.device.setThisPass = true;
-    loadDevice(c);
-}
 
 bool atStatementEnd(Compilation& c) {
     skipBlanks(c);
@@ -188,6 +163,8 @@ void updateXtalSymbol(Compilation& c) {
     }
 }
 
+} // namespace
+
 void compileDeclare(Compilation& c) {
     size_t afterDeclare = c.line.pos;
     std::string key = readWord(c);
@@ -202,6 +179,30 @@ void compileDeclare(Compilation& c) {
     c.line.pos = afterDeclare;
     if (!claimDefineName(c)) return;
     c.emit("\t#Define " + readStatementRest(c));
+}
+
+// Only the first DEVICE of a pass loads; a later one cannot undo a failed load.
+// Loading rebuilds the symbol table, so it must come before any declaration.
+void compileDevice(Compilation& c) {
+    c.ctx.defaultDevice = false;
+    std::string name = readWord(c);
+    if (name.empty()) {
+        reportError(c, kErrSyntax);
+        return;
+    }
+    if (c.device.setThisPass) return;
+    c.ctx.deviceSet = true;
+    if (name.size() > kMaxDeviceName) {
+        reportError(c, kErrText, "Device name '" + name + "' is too long. 19 characters maximum");
+        return;
+    }
+    if (c.symbols.size() > c.device.loadedSymbols) {
+        reportError(c, kErrText, "DEVICE must come before the declarations and statements");
+        return;
+    }
+    c.device.name = name;
+    c.device.setThisPass = true;
+    loadDevice(c);
 }
 
 void compileConfig(Compilation& c) {
@@ -234,15 +235,6 @@ void compileConfig(Compilation& c) {
     d.configText.back() = ' ';
 }
 
-void compileOrg(Compilation& c) {
-    if (atStatementEnd(c)) {
-        reportError(c, kErrSyntax);
-        return;
-    }
-    std::optional<int32_t> value = evaluateConstExpr(c);
-    if (value) c.emit("\tOrg " + std::to_string(*value));
-}
-
 void compileContext(Compilation& c) {
     remarksEcho(c);
     std::string word = readWord(c);
@@ -260,6 +252,15 @@ void compileContext(Compilation& c) {
         reportError(c, kErrSyntax);
 }
 
+void compileOrg(Compilation& c) {
+    if (atStatementEnd(c)) {
+        reportError(c, kErrSyntax);
+        return;
+    }
+    std::optional<int32_t> value = evaluateConstExpr(c);
+    if (value) c.emit("\tOrg " + std::to_string(*value));
+}
+
 void compileSetOscCal(Compilation& c) {
     const DeviceInfo& info = c.device.info;
     if (info.oscCal() == 0) {
@@ -268,17 +269,6 @@ void compileSetOscCal(Compilation& c) {
     }
     if (info.codeWords() <= 1024) c.device.oscCalSmall = true;
     if (info.codeWords() >= 2048) c.device.oscCalLarge = true;
-}
-
-constexpr Route kDeviceRoutes[] = {
-    {"DECLARE", compileDeclare}, {"DEVICE", compileDevice}, {"CONFIG", compileConfig},
-    {"CONTEXT", compileContext}, {"ORG", compileOrg},       {"SET_OSCCAL", compileSetOscCal},
-};
-
-} // namespace
-
-std::span<const Route> deviceRoutes() {
-    return kDeviceRoutes;
 }
 
 void compileOnInterrupt(Compilation& c) {
