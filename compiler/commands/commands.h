@@ -112,6 +112,9 @@ void compilePoke(Compilation& c);
 void compileMilliseconds(Compilation& c);
 void compileMicroseconds(Compilation& c);
 void compileSleep(Compilation& c);
+// The microsecond wait of PAUSEUS at the cursor, always through the routine
+// (SERVO's pulse); false after an error.
+bool compileMicrosecondWait(Compilation& c);
 void compileSnooze(Compilation& c);
 
 void compileStr(Compilation& c); // str.cpp

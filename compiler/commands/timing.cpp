@@ -33,10 +33,12 @@ struct DelayRoutine {
 
 constexpr DelayRoutine kMilliseconds = {Group::DelayMs, "dl@ms", "dly@w", "PP1", "PP1H"};
 constexpr DelayRoutine kMicroseconds = {Group::DelayUs, "dl@us", "dlus@w", "PP0", "PP0H"};
+// Sleeps on the watchdog: timed by its oscillator, not by the crystal.
+constexpr DelayRoutine kSleepPeriod = {Group::SleepPeriod, "dl@s", "dl@sw", "PP3", "PP3H"};
 
 void callRoutine(Compilation& c, const DelayRoutine& r, bool wide) {
     int mhz = c.device.settings[kXtal].number;
-    if (!hasMicrosecondDelay(mhz)) {
+    if (r.group != Group::SleepPeriod && !hasMicrosecondDelay(mhz)) {
         reportError(c, kErrText,
                     "Delays are timed for crystals of 4, 8, 10, 12, 16 and 20 MHz only (XTAL is " +
                         std::to_string(mhz) + ")");
@@ -208,6 +210,50 @@ bool loadElement(Compilation& c, const DelayRoutine& r) {
     return true;
 }
 
+// --- SNOOZE -------------------------------------------------------------------
+
+constexpr std::string_view kSnoozePeriods[] = {"18MS",  "36MS", "72MS", "144MS",
+                                               "288MS", "1S",   "2S"};
+
+// The period into W; false after an error.
+bool loadSnoozePeriod(Compilation& c) {
+    std::string word = peekWord(c);
+    for (int code = 0; code < 7; ++code) {
+        if (word != kSnoozePeriods[code]) continue;
+        readWord(c);
+        literalToW(c, code);
+        return true;
+    }
+    int errors = c.ctx.errorCount;
+    if (countTerms(c) > 1) {
+        compileExpression(c, Value{"WREG", kKindWreg, -1});
+        return c.ctx.errorCount == errors;
+    }
+    std::string token = readOperand(c);
+    if (token.empty()) {
+        reportError(c, kErrSyntax);
+        return false;
+    }
+    if (elementFollows(c)) {
+        std::optional<Element> e = readElement(c, token);
+        if (!e) return false;
+        elementToW(c, *e);
+        releaseElement(c, *e);
+        return c.ctx.errorCount == errors;
+    }
+    if (!classifyOperand(c, true, token)) return false;
+    const Operand& op = c.operand;
+    switch (op.kind) {
+    case kKindNum: literalToW(c, op.address & 255); break;
+    case kKindBit: bitToW(c, op.target, op.bit); break;
+    case kKindByte:
+    case kKindWord:
+    case kKindWordArray: emitOp(c, Op1::MovFW, op.target); break;
+    default: break;
+    }
+    return true;
+}
+
 // --- The statements -----------------------------------------------------------
 
 void compileDelay(Compilation& c, const DelayRoutine& r, bool inlineConstants) {
@@ -231,6 +277,41 @@ void compileMilliseconds(Compilation& c) {
 
 void compileMicroseconds(Compilation& c) {
     compileDelay(c, kMicroseconds, true);
+}
+
+bool compileMicrosecondWait(Compilation& c) {
+    int errors = c.ctx.errorCount;
+    compileDelay(c, kMicroseconds, false);
+    return c.ctx.errorCount == errors;
+}
+
+// SLEEP alone is the instruction; with a period it sleeps that many seconds
+// in watchdog periods.
+void compileSleep(Compilation& c) {
+    remarksEcho(c);
+    skipBlanks(c);
+    if (c.line.atEnd() || isStatementEnd(c.line.peek()) || closingKeywordFollows(c)) {
+        c.emit("\tSleep");
+        return;
+    }
+    need(c, Group::SleepPeriod);
+    if (!c.watchdogOn()) {
+        reportError(c, kErrText, "WATCHDOG fuse disabled with CONFIG directive");
+        return;
+    }
+    compileDelay(c, kSleepPeriod, false);
+}
+
+// One watchdog period: a period keyword, or the prescaler code as a byte.
+void compileSnooze(Compilation& c) {
+    remarksEcho(c);
+    need(c, Group::Snooze);
+    if (!c.watchdogOn()) {
+        reportError(c, kErrText, "WATCHDOG fuse disabled in CONFIG directive");
+        return;
+    }
+    if (!loadSnoozePeriod(c)) return;
+    emitOp(c, Op1::FarCall, "sn@ze");
 }
 
 } // namespace zorvel
