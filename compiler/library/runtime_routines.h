@@ -33,4 +33,15 @@ void writeMicrosecondDelay(Compilation& c, LibraryOutput& out); // dl@us, dlus@w
 void writeDigitSender(Compilation& c, LibraryOutput& out); // send@it
 void writeDispatcher(Compilation& c, LibraryOutput& out);  // d@snd, ch@snd
 
+// Pins and the watchdog sleeps (runtime_pins.cpp).
+void writeToggle(Compilation& c, LibraryOutput& out);      // t@gl
+void writePinMask(Compilation& c, LibraryOutput& out);     // c@pin
+void writeBitTable(Compilation& c, LibraryOutput& out);    // c@bt, c@tbl
+void writeInputPin(Compilation& c, LibraryOutput& out);    // i@bi
+void writeBitsHigh(Compilation& c, LibraryOutput& out);    // b@hi
+void writeBitsLow(Compilation& c, LibraryOutput& out);     // b@lo
+void writeOutputPin(Compilation& c, LibraryOutput& out);   // o@bi
+void writeSnooze(Compilation& c, LibraryOutput& out);      // sn@ze
+void writeSleepPeriod(Compilation& c, LibraryOutput& out); // dl@s, dl@sw
+
 } // namespace zorvel
