@@ -49,7 +49,10 @@ std::optional<Pin> readPin(Compilation& c, std::string_view message) {
         reportError(c, kErrSyntax);
         return std::nullopt;
     }
-    if (elementFollows(c) || !classifyOperand(c, false, token) || c.operand.kind != kKindBit) {
+    int errors = c.ctx.errorCount;
+    bool classified = !elementFollows(c) && classifyOperand(c, false, token);
+    if (c.ctx.errorCount != errors) return std::nullopt; // a fault of the operand itself
+    if (!classified || c.operand.kind != kKindBit) {
         reportError(c, kErrText, std::string(message));
         return std::nullopt;
     }
