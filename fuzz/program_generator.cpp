@@ -605,7 +605,82 @@ std::string ProgramGenerator::simpleStatement(bool alone) {
     if (kind < 80) return mnemonic(alone);
     if (kind < 90 && !p_.macros.empty())
         return chance(0.6) ? macroCall() : macroValue(valueTarget());
+    if (kind < 93) return pinCommand();
+    if (kind < 95) return pulseCommand();
+    if (kind < 96) return toneCommand();
+    if (kind < 98) return measurement();
     return miscellaneous();
+}
+
+std::string ProgramGenerator::pin() {
+    const std::string& port = pick(p_.device.ports);
+    if (chance(0.1) && !p_.bits.empty()) return cased(pick(p_.bits));
+    return cased(port) + "." + std::to_string(number(0, port == "PORTE" ? 2 : 5));
+}
+
+std::string ProgramGenerator::pinCommand() {
+    switch (number(0, 7)) {
+    case 0: return pick(Strings{"HIGH ", "SET "}) + pin();
+    case 1: return pick(Strings{"LOW ", "CLEAR "}) + pin();
+    case 2: return pick(Strings{"HIGH ", "LOW ", "SET ", "CLEAR "}) + pick(p_.device.ports);
+    case 3:
+        return pick(Strings{"SET ", "CLEAR "}) +
+               cased(pick(chance(0.5) ? p_.bytes : (chance(0.5) ? p_.words : p_.bits)));
+    case 4:
+        return "TOGGLE " + (chance(0.6) ? pin() : chance(0.5) ? literal(0, 15) : pick(p_.bytes));
+    case 5: return pick(Strings{"INPUT ", "OUTPUT "}) + pin();
+    case 6:
+        return chance(0.5) ? "SLEEP"
+                           : "SNOOZE " + pick(Strings{"18MS", "36MS", "72MS", "1S", "2S"});
+    default: return "SLEEP " + literal(0, 3);
+    }
+}
+
+std::string ProgramGenerator::pulseCommand() {
+    switch (number(0, 3)) {
+    case 0: {
+        std::string level = pick(Strings{"", ", HIGH", ", LOW"});
+        return "PULSOUT " + pin() + ", " + wordOperand() + level;
+    }
+    case 1: return "PWM " + pin() + ", " + byteOperand() + ", " + literal(0, 3);
+    case 2: return "SERVO " + pin() + ", " + (chance(0.5) ? literal(0, 2000) : wordOperand());
+    default:
+        return "HPWM " + std::to_string(number(1, 2)) + ", " + byteOperand() + ", " +
+               literal(1000, 20000);
+    }
+}
+
+std::string ProgramGenerator::toneCommand() {
+    switch (number(0, 2)) {
+    case 0: {
+        std::string pairs;
+        for (int i = number(1, 3); i > 0; --i)
+            pairs += (pairs.empty() ? "" : ", ") + literal(0, 255) + ", " + literal(0, 3);
+        return "SOUND " + pin() + ", [" + pairs + "]";
+    }
+    case 1: {
+        std::string second = chance(0.5) ? ", " + literal(100, 3000) : "";
+        return "FREQOUT " + pin() + ", " + literal(0, 5) + ", " + literal(100, 3000) + second;
+    }
+    default: {
+        std::string times =
+            pick(Strings{"", literal(0, 5) + ", ", literal(0, 5) + ", " + literal(0, 5) + ", "});
+        std::string digits;
+        for (int i = number(1, 4); i > 0; --i)
+            digits += (digits.empty() ? "" : ", ") + literal(0, 15);
+        return "DTMFOUT " + pin() + ", " + times + "[" + digits + "]";
+    }
+    }
+}
+
+std::string ProgramGenerator::measurement() {
+    std::string target = assignTarget();
+    switch (number(0, 3)) {
+    case 0: return target + " = PULSIN " + pin() + ", " + pick(Strings{"HIGH", "LOW", "0", "1"});
+    case 1: return target + " = RCIN " + pin() + ", " + pick(Strings{"HIGH", "LOW", "1"});
+    case 2: return target + " = POT " + pin() + ", " + byteOperand();
+    default: return target + " = COUNTER " + pin() + ", " + literal(0, 3);
+    }
 }
 
 std::string ProgramGenerator::assignment() {
@@ -997,7 +1072,23 @@ std::string ProgramGenerator::missingOperand() {
                      "DECLARE XTAL",
                      "LET = 5",
                      "CALL",
-                     "STR"};
+                     "STR",
+                     "HIGH",
+                     "TOGGLE",
+                     "INPUT " + b,
+                     "PULSOUT " + pin() + ",",
+                     "PWM " + pin() + ", 1",
+                     "HPWM " + b + ", 1, 1000",
+                     "SERVO " + b + ", 1500",
+                     "SOUND " + pin() + ", [1, 2",
+                     "SOUND " + pin() + ", 1, 2",
+                     "FREQOUT " + pin() + ", 10",
+                     "DTMFOUT " + pin() + ", 1, 2 3",
+                     "DTMFOUT " + pin() + ", [1,]",
+                     b + " = PULSIN " + pin() + ", " + b,
+                     b + " = COUNTER " + pin() + ",",
+                     b + " = POT " + b + ", 1",
+                     "SNOOZE"};
     if (!p_.arrays.empty()) {
         lines.push_back(b + " = " + p_.arrays[0].name + "[");
         lines.push_back(b + " = " + p_.arrays[0].name + "[]");

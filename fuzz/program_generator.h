@@ -127,6 +127,12 @@ private:
     void statement();
     void blockStatement();
     std::string simpleStatement(bool alone = false);
+    // The pin, pulse, tone and sleep commands and the measuring functions.
+    std::string pin();
+    std::string pinCommand();
+    std::string pulseCommand();
+    std::string toneCommand();
+    std::string measurement();
     std::string simpleStatements();
     void maybeLabel();
     void ifBlock();

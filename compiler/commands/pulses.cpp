@@ -93,6 +93,16 @@ void compileHpwm(Compilation& c) {
         return;
     }
     int channel = c.operand.address;
+    if (channel != 1 && channel != 2) {
+        reportError(c, kErrText, "The HPWM channel is 1 (CCP1) or 2 (CCP2)");
+        return;
+    }
+    if (!c.symbols.find(channel == 1 ? "CCP1CON" : "CCP2CON") || !c.symbols.find("PR2")) {
+        reportError(c, kErrText,
+                    "HPWM channel " + std::to_string(channel) + " needs a CCP module, which " +
+                        c.device.name + " does not have");
+        return;
+    }
     if (!readComma(c) || !loadByte(c, "GEN", "HPWM") || !readComma(c) ||
         !loadWord(c, "PP1", "HPWM"))
         return;

@@ -76,10 +76,6 @@ INSTANTIATE_TEST_SUITE_P(
                  {"\tClrw", "\tBtf@sc B@VR1,0", "\tMovlw 1", "\tMov@wf PP1", "\tMov@fw W1",
                   "\tMov@wf PP0", "\tMov@fw W1H", "\tMov@wf PP0H", "\tMovlw 6", "\tMov@wf FSR",
                   "\tMovlw 4", "\tF@C PWM"}},
-        CodeCase{"Hpwm",
-                 "HPWM 2, A, W1",
-                 {"\tMov@fw _A", "\tMov@wf GEN", "\tMov@fw W1", "\tMov@wf PP1", "\tMov@fw W1H",
-                  "\tMov@wf PP1H", "\tMovlw 2", "\tF@C H@PWM"}},
         CodeCase{"ServoConstant",
                  "SERVO PORTB.4, 1500",
                  {"\tBc@f TRISB,4", "\tBs@f PORTB,4", "\tMovlw 5", "\tMov@wf PP0H", "\tMovlw 220",
@@ -250,6 +246,16 @@ TEST(PinCommandDevices, WatchdogAndSinglePortDevices) {
               Lines{frame(3, "SNOOZE 1S", "WATCHDOG fuse disabled in CONFIG directive")});
     EXPECT_EQ(linesAfter("DEVICE 12F675\n", "DEVICE 12F675\nHIGH GPIO.0"),
               (Lines{"\tBc@f TRISIO,0", "\tBs@f GPIO,0"}));
+    // HPWM needs the CCP module of its channel.
+    const std::string ccp = "DEVICE 16F877\nDIM A AS BYTE\nDIM W1 AS WORD\n";
+    EXPECT_EQ(linesAfter(ccp, ccp + "HPWM 2, A, W1"),
+              (Lines{"\tMov@fw _A", "\tMov@wf GEN", "\tMov@fw W1", "\tMov@wf PP1", "\tMov@fw W1H",
+                     "\tMov@wf PP1H", "\tMovlw 2", "\tF@C H@PWM"}));
+    EXPECT_EQ(compileSource(ccp + "HPWM 3, 1, 1000\nEND").messages,
+              Lines{frame(4, "HPWM 3, 1, 1000", "The HPWM channel is 1 (CCP1) or 2 (CCP2)")});
+    EXPECT_EQ(compileSource("DEVICE 16F84\nHPWM 1, 1, 1000\nEND").messages,
+              Lines{frame(2, "HPWM 1, 1, 1000",
+                          "HPWM channel 1 needs a CCP module, which 16F84 does not have")});
 }
 
 } // namespace
