@@ -26,18 +26,18 @@ const std::vector<Device>& devices() {
     static const Strings kABC = {"PORTA", "PORTB", "PORTC"};
     static const Strings kABCDE = {"PORTA", "PORTB", "PORTC", "PORTD", "PORTE"};
     static const std::vector<Device> list = {
-        // name, ports, fuses, RAM bytes for variables, OSCCAL, program words
-        {"16F84", kAB, kClassicFuses, 30, false, 1024},
-        {"16F84A", kAB, kClassicFuses, 30, false, 1024},
-        {"16F628", kAB, k628Fuses, 120, false, 2048},
-        {"16F628A", kAB, k628Fuses, 120, false, 2048},
-        {"16F648A", kAB, k628Fuses, 150, false, 4096},
-        {"16F873", kABC, k877Fuses, 120, false, 4096},
-        {"16F876", kABC, k877Fuses, 200, false, 8192},
-        {"16F876A", kABC, k877Fuses, 200, false, 8192},
-        {"16F877", kABCDE, k877Fuses, 200, false, 8192},
-        {"16F877A", kABCDE, k877Fuses, 200, false, 8192},
-        {"12F675", {"GPIO"}, k675Fuses, 26, true, 1024},
+        // name, ports, fuses, RAM bytes for variables, OSCCAL, program words, CCP channels
+        {"16F84", kAB, kClassicFuses, 30, false, 1024, 0},
+        {"16F84A", kAB, kClassicFuses, 30, false, 1024, 0},
+        {"16F628", kAB, k628Fuses, 120, false, 2048, 1},
+        {"16F628A", kAB, k628Fuses, 120, false, 2048, 1},
+        {"16F648A", kAB, k628Fuses, 150, false, 4096, 1},
+        {"16F873", kABC, k877Fuses, 120, false, 4096, 2},
+        {"16F876", kABC, k877Fuses, 200, false, 8192, 2},
+        {"16F876A", kABC, k877Fuses, 200, false, 8192, 2},
+        {"16F877", kABCDE, k877Fuses, 200, false, 8192, 2},
+        {"16F877A", kABCDE, k877Fuses, 200, false, 8192, 2},
+        {"12F675", {"GPIO"}, k675Fuses, 26, true, 1024, 0},
     };
     return list;
 }
@@ -155,6 +155,7 @@ void ProgramGenerator::settings() {
         for (size_t i = 0; i < fuses.size(); ++i)
             line += (i ? ", " : "") + fuses[i];
         add(line);
+        p_.watchdogOff = line.find("WDT_OFF") != std::string::npos;
     }
     if (p_.device.oscCal && chance(0.5)) add("SET_OSCCAL");
     if (chance(0.1)) add("REMARKS " + pick(Strings{"ON", "1"}));
@@ -630,9 +631,9 @@ std::string ProgramGenerator::pinCommand() {
         return "TOGGLE " + (chance(0.6) ? pin() : chance(0.5) ? literal(0, 15) : pick(p_.bytes));
     case 5: return pick(Strings{"INPUT ", "OUTPUT "}) + pin();
     case 6:
-        return chance(0.5) ? "SLEEP"
-                           : "SNOOZE " + pick(Strings{"18MS", "36MS", "72MS", "1S", "2S"});
-    default: return "SLEEP " + literal(0, 3);
+        if (p_.watchdogOff || chance(0.5)) return "SLEEP";
+        return "SNOOZE " + pick(Strings{"18MS", "36MS", "72MS", "1S", "2S"});
+    default: return p_.watchdogOff ? "SLEEP" : "SLEEP " + literal(0, 3);
     }
 }
 
@@ -645,8 +646,9 @@ std::string ProgramGenerator::pulseCommand() {
     case 1: return "PWM " + pin() + ", " + byteOperand() + ", " + literal(0, 3);
     case 2: return "SERVO " + pin() + ", " + (chance(0.5) ? literal(0, 2000) : wordOperand());
     default:
-        return "HPWM " + std::to_string(number(1, 2)) + ", " + byteOperand() + ", " +
-               literal(1000, 20000);
+        if (p_.device.ccpChannels == 0) return "PULSOUT " + pin() + ", " + literal(0, 100);
+        return "HPWM " + std::to_string(number(1, p_.device.ccpChannels)) + ", " + byteOperand() +
+               ", " + literal(1000, 20000);
     }
 }
 

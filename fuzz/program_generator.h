@@ -54,6 +54,7 @@ public:
         int ramBytes = 0; // bytes a program may declare before RAM runs short
         bool oscCal = false;
         int codeWords = 1024;
+        int ccpChannels = 0; // HPWM channels: CCP1, and CCP2 when 2
     };
 
 private:
@@ -72,7 +73,8 @@ private:
         int statements = 0;
         bool macroParams = false;
         bool interrupt = false;
-        bool inMacro = false; // labels of the label pool stay out of macro bodies
+        bool watchdogOff = false; // CONFIG turned the watchdog off
+        bool inMacro = false;     // labels of the label pool stay out of macro bodies
     };
 
     // Random choices.
