@@ -126,5 +126,37 @@ TEST(RandomSources, CompileWithoutCrashing) {
     }
 }
 
+// The pin, pulse, tone and sleep commands with operands picked at random
+// from pins, variables, constants, brackets, commas and broken tokens.
+TEST(RandomSources, PinCommandsWithRandomOperands) {
+    static const std::vector<std::string> heads = {
+        "HIGH",    "LOW",    "SET",        "CLEAR",    "TOGGLE",  "INPUT",           "OUTPUT",
+        "PULSOUT", "PWM",    "HPWM",       "SERVO",    "SOUND",   "FREQOUT",         "DTMFOUT",
+        "SLEEP",   "SNOOZE", "A = PULSIN", "W = RCIN", "F = POT", "ARR[A] = COUNTER"};
+    static const std::vector<std::string> operands = {
+        "PORTB.0", "PORTA.7", "PORTE.9", "GPIO.1", "A",    "W",    "W.12", "F",     "F.1",
+        "ARR",     "ARR[A]",  "ARR[",    "]",      "[",    ",",    ",",    ",",     "0",
+        "65535",   "65536",   "-1",      "HIGH",   "LOW",  "2S",   "1S",   "A + 1", "(",
+        ")",       "\"",      "\"x\"",   "$FFFF",  "%102", "WREG", "K",    ""};
+    std::mt19937 rng(20261125);
+    std::uniform_int_distribution<size_t> head(0, heads.size() - 1), op(0, operands.size() - 1),
+        count(0, 8);
+    for (int program = 0; program < 300; ++program) {
+        std::string source = "DEVICE 16F877\nDIM A AS BYTE\nDIM W AS WORD\nDIM F AS BIT\n"
+                             "DIM ARR[4]\nSYMBOL K = 3\n";
+        for (int line = 0; line < 3; ++line) {
+            source += heads[head(rng)];
+            for (size_t n = count(rng); n > 0; --n)
+                source += " " + operands[op(rng)];
+            source += "\n";
+        }
+        SCOPED_TRACE("source:\n" + source);
+        CompileResult r;
+        ASSERT_NO_THROW(r = compileSource(source));
+        for (const std::string& m : r.messages)
+            ASSERT_TRUE(wellFormed(m)) << m;
+    }
+}
+
 } // namespace
 } // namespace zorvel::test
