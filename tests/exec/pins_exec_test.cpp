@@ -2,6 +2,7 @@
 // PORTE, GPIO): the direction and port registers they leave, and their
 // effect on bytes, words, bits and array elements; SLEEP and SNOOZE really
 // sleep and wake after their watchdog periods.
+#include "sim/parts/logic_probe.h"
 #include "support/exec_support.h"
 
 #include <gtest/gtest.h>
@@ -82,6 +83,31 @@ TEST(PinCommands, SetAndClearVariablesBitsAndElements) {
     EXPECT_EQ(p.byte("AR#1"), 0);
     EXPECT_EQ(p.byte("AR#2"), 255);
     EXPECT_EQ(p.byte("AR#3"), 0);
+}
+
+// SERVO's pulse lasts the requested microseconds within 1 % or 2 cycles at
+// every crystal, for constant, byte and word widths.
+TEST(Servo, PulseWidthIsTheRequestedMicroseconds) {
+    for (int mhz : {4, 8, 10, 12, 16, 20}) {
+        SimProgram p(lines({"DEVICE 16F84A", "DECLARE XTAL " + std::to_string(mhz),
+                            "DIM WB AS BYTE", "DIM WW AS WORD", "WB = 200", "WW = 2000",
+                            "SERVO PORTB.4, 1500", "SERVO PORTB.4, WB", "SERVO PORTB.4, WW",
+                            "SERVO PORTB.4, 1000", "SERVO PORTB.4, 60", "END"}),
+                     mhz);
+        ASSERT_TRUE(p.ok()) << p.failure();
+        auto probe = std::make_unique<sim::LogicProbe>("PORTB.4");
+        sim::LogicProbe& pins = *probe;
+        p.pic().attach(std::move(probe));
+        ASSERT_TRUE(p.runToEnd());
+        const double widths[] = {1500, 200, 2000, 1000, 60};
+        std::vector<uint64_t> measured = pins.highWidths();
+        ASSERT_EQ(measured.size(), std::size(widths)) << mhz << " MHz";
+        for (size_t i = 0; i < measured.size(); ++i) {
+            double cycles = widths[i] * mhz / 4.0;
+            EXPECT_NEAR(static_cast<double>(measured[i]), cycles, std::max(2.0, cycles * 0.01))
+                << mhz << " MHz, SERVO " << widths[i] << " us";
+        }
+    }
 }
 
 // The watchdog's nominal period is 18 ms; SNOOZE n sleeps 2^n of them and
