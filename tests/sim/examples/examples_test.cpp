@@ -6,6 +6,7 @@
 #include "support/test_support.h"
 
 #include <gtest/gtest.h>
+#include <vector>
 
 namespace zorvel::test {
 namespace {
@@ -61,6 +62,68 @@ TEST(Examples, BlinkTogglesAboutTwiceASecond) {
         double half = static_cast<double>(edges[i].cycle - edges[i - 1].cycle);
         EXPECT_NEAR(half, 250000.0, 2500.0) << "edge " << i;
     }
+}
+
+// The stretches of activity on a pin: from the first edge of a stretch to its
+// last, stretches apart by more than `gap` cycles.
+struct Stretch {
+    uint64_t first = 0;
+    uint64_t last = 0;
+};
+
+std::vector<Stretch> stretchesOf(const std::vector<sim::Edge>& edges, uint64_t gap) {
+    std::vector<Stretch> out;
+    for (const sim::Edge& e : edges) {
+        if (out.empty() || e.cycle - out.back().last > gap)
+            out.push_back({e.cycle, e.cycle});
+        else
+            out.back().last = e.cycle;
+    }
+    return out;
+}
+
+// tones.bas at 20 MHz (5000 cycles a millisecond): the tune, the chirp, the
+// 1 kHz note, the noise, the sweep and seven dial tones, each where its
+// comment puts it and as long as it says.
+TEST(Examples, TonesPlaysItsTuneChirpAndDialString) {
+    TempDir dir;
+    auto pic = buildAndLoad("tones.bas", "16F877", 20.0, dir);
+    ASSERT_TRUE(pic);
+    auto probe = std::make_unique<sim::LogicProbe>("PORTB.0");
+    sim::LogicProbe* p = probe.get();
+    pic->attach(std::move(probe));
+    constexpr double kCyclesPerMs = 5000.0;
+    pic->run(static_cast<uint64_t>(5600 * kCyclesPerMs));
+    // The SOUND rests and the pauses are 120 ms or more; inside a sound the
+    // pin never rests for 50 ms.
+    std::vector<Stretch> parts = stretchesOf(p->edges(), static_cast<uint64_t>(50 * kCyclesPerMs));
+    ASSERT_EQ(parts.size(), 12u);
+    auto ms = [&](uint64_t cycles) { return static_cast<double>(cycles) / kCyclesPerMs; };
+    auto length = [&](const Stretch& s) { return ms(s.last - s.first); };
+    EXPECT_NEAR(length(parts[0]), 200 + 200 + 200 + 400 + 600, 5) << "the tune";
+    EXPECT_NEAR(length(parts[1]), 13 * 36, 5) << "the chirp";
+    EXPECT_NEAR(length(parts[2]), 300, 2) << "the 1 kHz note";
+    EXPECT_NEAR(length(parts[3]), 60, 2) << "the noise";
+    EXPECT_NEAR(length(parts[4]), 13 * 30, 5) << "the sweep";
+    EXPECT_NEAR(ms(parts[2].first - parts[1].last), 120, 2) << "the rest before 1 kHz";
+    EXPECT_NEAR(ms(parts[4].first - parts[3].last), 300, 2) << "the pause before the sweep";
+    // The 1 kHz note: the pin turns every 500 us.
+    int turns = 0;
+    for (size_t i = 1; i < p->edges().size(); ++i) {
+        const sim::Edge& e = p->edges()[i];
+        if (e.cycle <= parts[2].first || e.cycle > parts[2].last) continue;
+        EXPECT_NEAR(ms(e.cycle - p->edges()[i - 1].cycle), 0.5, 0.001) << "edge " << i;
+        ++turns;
+    }
+    EXPECT_EQ(turns, 599);
+    // Seven digits: 100 ms of tone, each starting 160 ms after the last.
+    for (size_t d = 5; d < parts.size(); ++d) {
+        EXPECT_NEAR(length(parts[d]), 100, 1) << "digit " << d - 5;
+        if (d > 5) EXPECT_NEAR(ms(parts[d].first - parts[d - 1].first), 160, 1) << "digit " << d - 5;
+    }
+    // The program has reached its end: the pin is quiet and low.
+    EXPECT_LT(ms(parts.back().last), 5200);
+    EXPECT_FALSE(p->edges().back().level);
 }
 
 } // namespace
