@@ -6,6 +6,7 @@
 #include "compiler/driver/diagnostics.h"
 #include "compiler/frontend/lexer.h"
 #include "compiler/frontend/operand.h"
+#include "compiler/library/crystal.h"
 
 namespace zorvel {
 namespace {
@@ -105,6 +106,15 @@ void emitGenForm(Compilation& c, const Pin& pin) {
     emitOp(c, Op1::MovWF, "GEN");
     literalToW(c, pin.mask());
     emitOp(c, Op1::MovWF, "GENH");
+}
+
+bool checkTimedCrystal(Compilation& c) {
+    int mhz = c.device.settings[kXtal].number;
+    if (hasMicrosecondDelay(mhz)) return true;
+    reportError(c, kErrText,
+                "Delays are timed for crystals of 4, 8, 10, 12, 16 and 20 MHz only (XTAL is " +
+                    std::to_string(mhz) + ")");
+    return false;
 }
 
 void literalToW(Compilation& c, int value) {

@@ -51,6 +51,10 @@ bool loadByte(Compilation& c, std::string_view target, std::string_view keyword,
 // The word parameter loader: the operand into `target` and `target` + "H".
 bool loadWord(Compilation& c, std::string_view target, std::string_view keyword);
 
+// Whether the crystal is one the timed routines are written for (4, 8, 10,
+// 12, 16 or 20 MHz); reports an error otherwise.
+bool checkTimedCrystal(Compilation& c);
+
 // W <- a literal: "Movlw n", or "Clrw" for 0.
 void literalToW(Compilation& c, int value);
 

@@ -19,8 +19,10 @@ void emitPinOutput(Compilation& c, const Pin& pin) {
     if (!tris.empty()) emitBit(c, BitOp::BcfBanked, tris, pin.bit);
 }
 
-// The pin, then the comma after it.
+// The pin, then the comma after it. The routines these commands call are
+// timed for the crystal.
 std::optional<Pin> readPinAndComma(Compilation& c, std::string_view message) {
+    if (!checkTimedCrystal(c)) return std::nullopt;
     std::optional<Pin> pin = readPin(c, message);
     if (!pin || !readComma(c)) return std::nullopt;
     return pin;

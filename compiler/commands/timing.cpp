@@ -6,6 +6,7 @@
 #include "compiler/codegen/array_access.h"
 #include "compiler/codegen/emit.h"
 #include "compiler/commands/commands.h"
+#include "compiler/commands/pin_operands.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
 #include "compiler/frontend/expression.h"
@@ -37,20 +38,9 @@ constexpr DelayRoutine kMicroseconds = {Group::DelayUs, "dl@us", "dlus@w", "PP0"
 constexpr DelayRoutine kSleepPeriod = {Group::SleepPeriod, "dl@s", "dl@sw", "PP3", "PP3H"};
 
 void callRoutine(Compilation& c, const DelayRoutine& r, bool wide) {
-    int mhz = c.device.settings[kXtal].number;
-    if (r.group != Group::SleepPeriod && !hasMicrosecondDelay(mhz)) {
-        reportError(c, kErrText,
-                    "Delays are timed for crystals of 4, 8, 10, 12, 16 and 20 MHz only (XTAL is " +
-                        std::to_string(mhz) + ")");
-        return;
-    }
+    if (r.group != Group::SleepPeriod && !checkTimedCrystal(c)) return;
     need(c, r.group);
     emitOp(c, Op1::FarCall, wide ? r.entry16 : r.entry8);
-}
-
-// W <- literal: "Movlw n", or "Clrw" for 0.
-void literalToW(Compilation& c, int value) {
-    constToW(c, {std::to_string(value), value});
 }
 
 void loadConstant(Compilation& c, const DelayRoutine& r, int value) {

@@ -11,7 +11,9 @@
 namespace zorvel {
 namespace {
 
+// The pin into GEN and GENH. The tone routines are timed for the crystal.
 std::optional<Pin> readGenPin(Compilation& c, std::string_view message) {
+    if (!checkTimedCrystal(c)) return std::nullopt;
     std::optional<Pin> pin = readPin(c, message);
     if (!pin) return std::nullopt;
     emitGenForm(c, *pin);

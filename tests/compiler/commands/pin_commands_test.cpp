@@ -246,6 +246,15 @@ TEST(PinCommandDevices, WatchdogAndSinglePortDevices) {
               Lines{frame(3, "SNOOZE 1S", "WATCHDOG fuse disabled in CONFIG directive")});
     EXPECT_EQ(linesAfter("DEVICE 12F675\n", "DEVICE 12F675\nHIGH GPIO.0"),
               (Lines{"\tBc@f TRISIO,0", "\tBs@f GPIO,0"}));
+    // The timed routines need one of the six crystals.
+    const std::string xtal6 = "DEVICE 16F877\nDECLARE XTAL 6\nDIM A AS BYTE\n";
+    const char* timed =
+        "Delays are timed for crystals of 4, 8, 10, 12, 16 and 20 MHz only (XTAL is 6)";
+    for (const char* statement :
+         {"A = POT PORTB.0, 1", "DTMFOUT PORTB.0, [1]", "PULSOUT PORTB.0, 5",
+          "SOUND PORTB.0, [1, 1]", "A = COUNTER PORTB.0, 1"})
+        EXPECT_EQ(compileSource(xtal6 + statement + "\nEND").messages,
+                  Lines{frame(4, statement, timed)});
     // HPWM needs the CCP module of its channel.
     const std::string ccp = "DEVICE 16F877\nDIM A AS BYTE\nDIM W1 AS WORD\n";
     EXPECT_EQ(linesAfter(ccp, ccp + "HPWM 2, A, W1"),
