@@ -31,10 +31,10 @@ struct RuntimeGroup {
 
 // In writing order. Every group named in `calls` comes later than the group.
 constexpr RuntimeGroup kGroups[] = {
-    {G::Cos, nullptr, {G::Sin}},
-    {G::Sin, nullptr},
-    {G::FreqOut, nullptr, {G::CommonExit, G::Sin}},
-    {G::DtmfOut, nullptr, {G::DelayMs, G::FreqOut}},
+    {G::Cos, writeCos, {G::Sin}},
+    {G::Sin, writeSin, {G::CommonExit}},
+    {G::FreqOut, writeFreqOut, {G::CommonExit, G::Sin, G::Multiply}},
+    {G::DtmfOut, writeDtmfOut, {G::CommonExit, G::DelayMs, G::FreqOut}},
     {G::PutArray, writePutArray, {G::CommonExit, G::FindAddress}},
     {G::GetArray, writeGetArray, {G::CommonExit, G::FindAddress}},
     {G::FindAddress, writeFindAddress, {G::CommonExit}},
@@ -77,7 +77,7 @@ constexpr RuntimeGroup kGroups[] = {
     {G::Cread, nullptr, {G::CommonExit}},
     {G::Cwrite, nullptr, {G::CommonExit}},
     {G::Adin, nullptr, {G::CommonExit, G::DelayUs}},
-    {G::Sound, nullptr, {G::CommonExit, G::DelayUs, G::Random}},
+    {G::Sound, writeSound, {G::CommonExit, G::Random}},
     {G::Random, writeRandom, {G::CommonExit}},
     {G::Shin, nullptr, {G::CommonExit, G::ShiftClock, G::ReverseBits}},
     {G::Shout, nullptr, {G::CommonExit, G::BitsHigh, G::BitsLow, G::ShiftClock, G::ReverseBits}},

@@ -29,6 +29,13 @@ void writeComparisons(Compilation& c, LibraryOutput& out);
 void writeMillisecondDelay(Compilation& c, LibraryOutput& out); // dl@ms, dly@w
 void writeMicrosecondDelay(Compilation& c, LibraryOutput& out); // dl@us, dlus@w
 
+// Tones (runtime_tones.cpp).
+void writeCos(Compilation& c, LibraryOutput& out);     // cos, falls into sin
+void writeSin(Compilation& c, LibraryOutput& out);     // sin, si@g
+void writeFreqOut(Compilation& c, LibraryOutput& out); // fr@out1, fr@outc, fr@out, fr@lp, fr@stp
+void writeDtmfOut(Compilation& c, LibraryOutput& out); // dtmf@o, dtmf@r, dtmf@l, dtf@tbl, dtf@rtb
+void writeSound(Compilation& c, LibraryOutput& out);   // noise, n@lp, n@lp1
+
 // Character output (runtime_output.cpp).
 void writeDigitSender(Compilation& c, LibraryOutput& out); // send@it
 void writeDispatcher(Compilation& c, LibraryOutput& out);  // d@snd, ch@snd
