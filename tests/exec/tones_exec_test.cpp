@@ -125,7 +125,7 @@ TEST_P(ToneStatements, NothingToPlayReturnsAtOnce) {
     int mhz = GetParam();
     std::vector<std::string> statements = {"FREQOUT PORTB.1, 0, 1000", "SOUND PORTB.1, [100, 0]",
                                            "DTMFOUT PORTB.1, 100, 100, [16]"};
-    // The step computation of FREQOUT is the longest part (about 500
+    // The step computation of FREQOUT takes the longest (about 500
     // cycles); the other two return within their first few instructions.
     std::vector<uint64_t> within = {700, 40, 40};
     std::string failure;
