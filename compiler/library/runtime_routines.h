@@ -36,6 +36,16 @@ void writeFreqOut(Compilation& c, LibraryOutput& out); // fr@out1, fr@outc, fr@o
 void writeDtmfOut(Compilation& c, LibraryOutput& out); // dtmf@o, dtmf@r, dtmf@l, dtf@tbl, dtf@rtb
 void writeSound(Compilation& c, LibraryOutput& out);   // noise, n@lp, n@lp1
 
+// Pulses and measurements (runtime_pulses.cpp).
+void writeCounter(Compilation& c, LibraryOutput& out); // count, ct@lp
+void writeHpwm(Compilation& c, LibraryOutput& out); // h@pwm, hpw@c2, hpw@on, hpw@hf, hpw@2s, hpw@2l
+void writePwm(Compilation& c, LibraryOutput& out);  // pwm, pw@lp, pw@pad
+void writePulsout(Compilation& c, LibraryOutput& out);   // p@out, po@lp
+void writePulsin(Compilation& c, LibraryOutput& out);    // p@in, pi@wt, pi@nx, pi@go
+void writePot(Compilation& c, LibraryOutput& out);       // pot, pt@lp, pt@end, pt@pad
+void writeRcin(Compilation& c, LibraryOutput& out);      // crin, falls into fl@st
+void writeEdgeCount(Compilation& c, LibraryOutput& out); // fl@st, fl@up, fl@nx
+
 // Character output (runtime_output.cpp).
 void writeDigitSender(Compilation& c, LibraryOutput& out); // send@it
 void writeDispatcher(Compilation& c, LibraryOutput& out);  // d@snd, ch@snd
