@@ -615,7 +615,6 @@ std::string ProgramGenerator::simpleStatement(bool alone) {
 
 std::string ProgramGenerator::pin() {
     const std::string& port = pick(p_.device.ports);
-    if (chance(0.1) && !p_.bits.empty()) return cased(pick(p_.bits));
     return cased(port) + "." + std::to_string(number(0, port == "PORTE" ? 2 : 5));
 }
 

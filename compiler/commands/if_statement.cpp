@@ -73,8 +73,6 @@ void compileBlockIf(Compilation& c, const IfLabels& labels, int line) {
     emitLabel(c, labels.falseLabel);
 }
 
-constexpr Route kConditionRoutes[] = {{"IF", compileIf}};
-
 } // namespace
 
 void compileIf(Compilation& c) {

@@ -13,14 +13,6 @@ namespace {
 
 constexpr std::string_view kPorts[] = {"PORTA", "PORTB", "PORTC", "PORTD", "PORTE", "GPIO"};
 
-// For a bit of a WORD's high byte, the WORD's name.
-std::string highByteOwner(Compilation& c, const Operand& op) {
-    const SymbolEntry* word = c.symbols.find(op.name);
-    if (!word || (word->kind != kKindWord && word->kind != kKindWordArray)) return "";
-    if (op.target != word->target + "H") return "";
-    return word->target;
-}
-
 // Reads one operand and classifies it; an array element is left to the
 // caller: `element` is set and the operand is not classified.
 enum class Read { Failed, Element, Operand };
@@ -44,7 +36,7 @@ bool refuseWholeArray(Compilation& c, std::string_view keyword) {
 
 } // namespace
 
-std::optional<Pin> readPin(Compilation& c, std::string_view message) {
+std::optional<Pin> readPin(Compilation& c, std::string_view message, bool portOnly) {
     std::string token = readOperand(c);
     if (token.empty()) {
         reportError(c, kErrSyntax);
@@ -53,7 +45,8 @@ std::optional<Pin> readPin(Compilation& c, std::string_view message) {
     int errors = c.ctx.errorCount;
     bool classified = !elementFollows(c) && classifyOperand(c, false, token);
     if (c.ctx.errorCount != errors) return std::nullopt; // a fault of the operand itself
-    if (!classified || c.operand.kind != kKindBit) {
+    if (!classified || c.operand.kind != kKindBit ||
+        (portOnly && directionRegister(c, c.operand.target, c.operand.address).empty())) {
         reportError(c, kErrText, std::string(message));
         return std::nullopt;
     }
@@ -62,7 +55,7 @@ std::optional<Pin> readPin(Compilation& c, std::string_view message) {
         reportError(c, kErrText, "The pin's register must lie in RAM banks 0 or 1");
         return std::nullopt;
     }
-    return Pin{op.target, op.address, op.bit, highByteOwner(c, op)};
+    return Pin{op.target, op.address, op.bit};
 }
 
 bool readComma(Compilation& c) {
@@ -99,10 +92,7 @@ void emitFsrForm(Compilation& c, const Pin& pin, std::string_view routine, Group
 }
 
 void emitGenForm(Compilation& c, const Pin& pin) {
-    if (pin.highOf.empty())
-        literalToW(c, pin.address);
-    else
-        c.emit("\tMovlw low (" + pin.highOf + "+1)");
+    literalToW(c, pin.address);
     emitOp(c, Op1::MovWF, "GEN");
     literalToW(c, pin.mask());
     emitOp(c, Op1::MovWF, "GENH");

@@ -14,19 +14,22 @@ namespace zorvel {
 
 class Compilation;
 
-// A port bit or a BIT variable: the register the output names, its file
-// register address, and the bit 0..7 within it.
+// A port bit (or, for the commands that drive it in line, a BIT variable):
+// the register the output names, its file register address, and the bit
+// 0..7 within it.
 struct Pin {
     std::string reg;
     int address = 0;
     int bit = 0;
-    std::string highOf; // for a bit of a WORD's high byte: the WORD's name
     int mask() const { return 1 << bit; }
 };
 
 // Reads the operand at the cursor as a pin; reports `message` (or "Syntax
-// Error" when there is no operand) and returns nullopt otherwise.
-std::optional<Pin> readPin(Compilation& c, std::string_view message);
+// Error" when there is no operand) and returns nullopt otherwise. A pin that
+// a runtime routine turns around through its direction register must be a
+// port bit (`portOnly`); a BIT variable would have the routine write into the
+// RAM 128 bytes above it.
+std::optional<Pin> readPin(Compilation& c, std::string_view message, bool portOnly = true);
 
 // Consumes a "," or reports "Comma missing".
 bool readComma(Compilation& c);
@@ -40,7 +43,9 @@ std::string directionRegister(Compilation& c, std::string_view reg, int address)
 // FSR form: the pin's register address into FSR, the bit mask into W, then
 // the call of `routine`, marking `group`.
 void emitFsrForm(Compilation& c, const Pin& pin, std::string_view routine, Group group);
-// GEN form: the register address into GEN and the bit mask into GENH.
+// GEN form: the register address into GEN and the bit mask into GENH. (A
+// bit of a WORD's high byte would be written "low (NAME+1)"; pins are port
+// bits, so the address is always a number.)
 void emitGenForm(Compilation& c, const Pin& pin);
 
 // The byte parameter loader: the operand at the cursor into the system

@@ -21,9 +21,9 @@ void emitPinOutput(Compilation& c, const Pin& pin) {
 
 // The pin, then the comma after it. The routines these commands call are
 // timed for the crystal.
-std::optional<Pin> readPinAndComma(Compilation& c, std::string_view message) {
+std::optional<Pin> readPinAndComma(Compilation& c, std::string_view message, bool portOnly = true) {
     if (!checkTimedCrystal(c)) return std::nullopt;
-    std::optional<Pin> pin = readPin(c, message);
+    std::optional<Pin> pin = readPin(c, message, portOnly);
     if (!pin || !readComma(c)) return std::nullopt;
     return pin;
 }
@@ -117,7 +117,9 @@ void compileHpwm(Compilation& c) {
 // delay routine.
 void compileServo(Compilation& c) {
     remarksEcho(c);
-    std::optional<Pin> pin = readPinAndComma(c, "Must be a PORT.BIT declaration for the SERVO pin");
+    // Driven in line, so any BIT can carry the pulse.
+    std::optional<Pin> pin =
+        readPinAndComma(c, "Must be a PORT.BIT declaration for the SERVO pin", false);
     if (!pin) return;
     emitPinOutput(c, *pin);
     emitBit(c, BitOp::BsfBanked, pin->reg, pin->bit);

@@ -124,8 +124,6 @@ void listForm(Compilation& c, const Element& target) {
     } while (accept(c, ','));
 }
 
-constexpr Route kStrRoutes[] = {{"STR", compileStr}};
-
 } // namespace
 
 void compileStr(Compilation& c) {

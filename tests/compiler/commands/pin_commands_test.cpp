@@ -81,6 +81,9 @@ INSTANTIATE_TEST_SUITE_P(
                  {"\tBc@f TRISB,4", "\tBs@f PORTB,4", "\tMovlw 5", "\tMov@wf PP0H", "\tMovlw 220",
                   "\tF@C dlus@w", "\tBc@f PORTB,4"}},
         // Never in line, however short.
+        CodeCase{"ServoOnABit",
+                 "SERVO F, 100",
+                 {"\tBs@f B@VR1,0", "\tMovlw 100", "\tF@C dl@us", "\tBc@f B@VR1,0"}},
         CodeCase{
             "ServoShort",
             "SERVO PORTB.4, 2",
@@ -136,10 +139,9 @@ INSTANTIATE_TEST_SUITE_P(
                  join({kGenB0,
                        {"\tMovlw 100", "\tMov@wf GEN2", "\tClr@F GEN2H", "\tMovlw 232",
                         "\tMov@wf PP2", "\tMovlw 3", "\tMov@wf PP2H", "\tF@C fr@out1"}})},
-        // A bit of a WORD's high byte names the WORD's address plus one.
         CodeCase{"FreqoutTwoTones",
-                 "FREQOUT W1.9, W1, A, K",
-                 {"\tMovlw low (W1+1)", "\tMov@wf GEN", "\tMovlw 2", "\tMov@wf GENH", "\tMov@fw W1",
+                 "FREQOUT PORTB.1, W1, A, K",
+                 {"\tMovlw 6", "\tMov@wf GEN", "\tMovlw 2", "\tMov@wf GENH", "\tMov@fw W1",
                   "\tMov@wf GEN2", "\tMov@fw W1H", "\tMov@wf GEN2H", "\tMov@fw _A", "\tMov@wf PP2",
                   "\tClr@F PP2H", "\tMovlw 44", "\tMov@wf PP7", "\tMovlw 1", "\tMov@wf PP7H",
                   "\tF@C fr@outc"}},
@@ -210,6 +212,12 @@ INSTANTIATE_TEST_SUITE_P(
         MessageCase{"ServoPin", "SERVO A, 1", "Must be a PORT.BIT declaration for the SERVO pin"},
         MessageCase{"SoundPin", "SOUND A, [1,2]",
                     "Must be a PORT.BIT declaration for the output pin"},
+        // A routine would turn a BIT variable "around" in the RAM above it.
+        MessageCase{"SoundOnABit", "SOUND F, [1,2]",
+                    "Must be a PORT.BIT declaration for the output pin"},
+        MessageCase{"FreqoutOnAWordBit", "FREQOUT W1.9, 1, 2",
+                    "Must be a PORT.BIT declaration for the FREQOUT output pin"},
+        MessageCase{"InputOnABit", "INPUT F", "Must be a PORT.BIT declaration for the INPUT pin"},
         MessageCase{"SoundBracket", "SOUND PORTB.0, 100", "'[' missing"},
         MessageCase{"SoundUnclosed", "SOUND PORTB.0, [100, 10, 50", "']' missing"},
         MessageCase{"SoundStray", "SOUND PORTB.0, [100, 10 X", "Comma missing"},
