@@ -7,6 +7,7 @@
 #include "compiler/driver/line_loop.h"
 #include "compiler/driver/source_reader.h"
 #include "compiler/library/library_writer.h"
+#include "compiler/library/runtime_groups.h"
 
 #include <algorithm>
 
@@ -134,12 +135,14 @@ void saveAssembly(Compilation& c) {
 void buildOutputs(Compilation& c) {
     if (c.options.sourceText) {
         c.libraryOutput = libraryLines(c);
+        reportRoutineNameClashes(c);
         return;
     }
     saveAssembly(c);
     if (c.ctx.errorCount != 0) return;
     writeLibraryFile(c);
-    if (c.options.assemble) assembleAndReadBack(c);
+    reportRoutineNameClashes(c);
+    if (c.options.assemble && c.ctx.errorCount == 0) assembleAndReadBack(c);
 }
 
 } // namespace

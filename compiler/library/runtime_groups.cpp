@@ -1,6 +1,7 @@
 #include "compiler/library/runtime_groups.h"
 
 #include "compiler/driver/compilation.h"
+#include "compiler/driver/diagnostics.h"
 #include "compiler/library/runtime_marks.h"
 #include "compiler/library/runtime_routines.h"
 
@@ -137,7 +138,61 @@ void writeGroup(Compilation& c, LibraryOutput& out, const RuntimeGroup& entry) {
     entry.write(c, out);
 }
 
+// The routine labels a BASIC name could spell (the others hold an "@"), by
+// group. gpasm ignores case, so a variable or label COUNT meets the COUNTER
+// routine's label when the routine is in the program.
+struct GroupLabels {
+    Group group;
+    std::array<std::string_view, 4> labels;
+};
+
+constexpr GroupLabels kNameableLabels[] = {
+    {G::Cos, {"COS"}},
+    {G::Sin, {"SIN"}},
+    {G::Inkey, {"INKEY"}},
+    {G::Counter, {"COUNT"}},
+    {G::Cls, {"LCD_CLS", "CLS"}},
+    {G::Cursor, {"LCD_CUR", "CURSOR"}},
+    {G::LcdCursor, {"LCD_CRS", "CURS"}},
+    {G::Bin, {"OUT_BIN2", "OUT_BIN", "OUT_BINB"}},
+    {G::Hex, {"OUT_HEX", "OUT_HEX4", "OUT_HEX3", "HDIG"}},
+    {G::Hex, {"OUT_HEX2", "OUT_HEX1"}},
+    {G::Print, {"PRINT"}},
+    {G::BusIn, {"BUSIN2", "BUSIN"}},
+    {G::BusOut, {"BUSOUT2", "BUSOUT", "BSTART", "BUSCHR"}},
+    {G::SerIn, {"SERIN"}},
+    {G::SerOut, {"SEROUT"}},
+    {G::Rsout, {"RSOUT"}},
+    {G::RsinTimeout, {"RSIN2"}},
+    {G::Rsin, {"RSIN"}},
+    {G::Pwm, {"PWM"}},
+    {G::Pot, {"POT"}},
+    {G::Rcin, {"CRIN"}},
+    {G::Sound, {"NOISE"}},
+    {G::Random, {"RNDM"}},
+    {G::Dig, {"DIG"}},
+};
+
 } // namespace
+
+void reportRoutineNameClashes(Compilation& c) {
+    for (const GroupLabels& entry : kNameableLabels) {
+        if (!needed(c, entry.group)) continue;
+        for (std::string_view label : entry.labels) {
+            if (label.empty()) continue;
+            std::string name(label);
+            // The program's own names: those declared after the device's.
+            const std::vector<SymbolEntry>& all = c.symbols.entries();
+            bool clash = c.labels.contains(name);
+            for (size_t i = c.device.loadedSymbols; i < all.size() && !clash; ++i)
+                clash = all[i].target == name;
+            if (!clash) continue;
+            reportError(c, kErrWhole,
+                        "'" + name + "' is also the label of a runtime routine this program " +
+                            "uses (the assembler ignores case). Rename it");
+        }
+    }
+}
 
 void writeRuntimeGroups(Compilation& c, LibraryOutput& out) {
     markEarlierCallees(c);

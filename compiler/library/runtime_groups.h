@@ -12,4 +12,8 @@ namespace zorvel {
 // and the BPF/BPFH used marks of `out` when its code uses them.
 void writeRuntimeGroups(Compilation& c, LibraryOutput& out);
 
+// After the groups are written: reports a variable or label of the program
+// that spells the label of a written routine (COUNT with COUNTER's routine).
+void reportRoutineNameClashes(Compilation& c);
+
 } // namespace zorvel

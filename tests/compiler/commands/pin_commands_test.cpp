@@ -263,6 +263,12 @@ TEST(PinCommandDevices, WatchdogAndSinglePortDevices) {
           "SOUND PORTB.0, [1, 1]", "A = COUNTER PORTB.0, 1"})
         EXPECT_EQ(compileSource(xtal6 + statement + "\nEND").messages,
                   Lines{frame(4, statement, timed)});
+    // A name that spells the label of a routine the program uses.
+    const std::string count = "DEVICE 16F877\nDIM COUNT AS BYTE\n";
+    EXPECT_TRUE(compileSource(count + "COUNT = 1\nEND").messages.empty());
+    EXPECT_EQ(compileSource(count + "COUNT = COUNTER PORTB.0, 1\nEND").messages,
+              Lines{"\t\t*** 'COUNT' is also the label of a runtime routine this program uses (the "
+                    "assembler ignores case). Rename it ***"});
     // HPWM needs the CCP module of its channel.
     const std::string ccp = "DEVICE 16F877\nDIM A AS BYTE\nDIM W1 AS WORD\n";
     EXPECT_EQ(linesAfter(ccp, ccp + "HPWM 2, A, W1"),
