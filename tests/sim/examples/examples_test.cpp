@@ -119,7 +119,9 @@ TEST(Examples, TonesPlaysItsTuneChirpAndDialString) {
     // Seven digits: 100 ms of tone, each starting 160 ms after the last.
     for (size_t d = 5; d < parts.size(); ++d) {
         EXPECT_NEAR(length(parts[d]), 100, 1) << "digit " << d - 5;
-        if (d > 5) EXPECT_NEAR(ms(parts[d].first - parts[d - 1].first), 160, 1) << "digit " << d - 5;
+        if (d > 5) {
+            EXPECT_NEAR(ms(parts[d].first - parts[d - 1].first), 160, 1) << "digit " << d - 5;
+        }
     }
     // The program has reached its end: the pin is quiet and low.
     EXPECT_LT(ms(parts.back().last), 5200);
