@@ -1,8 +1,8 @@
 // Prints a libFuzzer dictionary of the language: every keyword, the routed
 // statement words, the DECLARE settings and a few operators and device names.
+#include "compiler/commands/commands.h"
 #include "compiler/frontend/device.h"
 #include "compiler/frontend/keywords.h"
-#include "compiler/commands/commands.h"
 
 #include <iostream>
 #include <set>

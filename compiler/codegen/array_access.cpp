@@ -5,9 +5,9 @@
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
 #include "compiler/frontend/const_expr.h"
-#include "compiler/frontend/ram.h"
 #include "compiler/frontend/lexer.h"
 #include "compiler/frontend/operand.h"
+#include "compiler/frontend/ram.h"
 #include "compiler/library/runtime_marks.h"
 
 #include <algorithm>

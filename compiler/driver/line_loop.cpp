@@ -1,8 +1,8 @@
 #include "compiler/driver/line_loop.h"
 
+#include "compiler/commands/commands.h"
 #include "compiler/driver/compilation.h"
 #include "compiler/driver/diagnostics.h"
-#include "compiler/commands/commands.h"
 
 #include <algorithm>
 #include <cctype>

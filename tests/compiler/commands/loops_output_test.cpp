@@ -1,6 +1,6 @@
 // FOR/NEXT with every step form, WHILE/WEND, REPEAT/UNTIL, and the jumps.
-#include "compiler/commands/commands_support.h"
 #include "compiler/commands/commands.h"
+#include "compiler/commands/commands_support.h"
 
 #include <algorithm>
 
