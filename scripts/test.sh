@@ -9,9 +9,10 @@ cd "$(dirname "$0")/.."
 scripts/bootstrap.sh
 scripts/build.sh
 jobs="$(nproc)"
+# The compiler tests (label "sanitize") run once, in the sanitizer tree below.
 # The sweeps over every crystal (label "sweep") run before an issue is closed:
-# ctest --test-dir build -L sweep
-ctest --test-dir build --output-on-failure -j "$jobs" -LE sweep
+# ninja -C build exec_sweeps && ctest --test-dir build -L sweep
+ctest --test-dir build --output-on-failure -j "$jobs" -LE 'sweep|sanitize'
 
 echo "== sanitizer build"
 CXX=clang++-14 cmake -S . -B build-sanitize -G Ninja -DCMAKE_BUILD_TYPE=Debug -DZORVEL_WERROR=ON \

@@ -141,7 +141,7 @@ TEST(RandomSources, PinCommandsWithRandomOperands) {
     std::mt19937 rng(20261125);
     std::uniform_int_distribution<size_t> head(0, heads.size() - 1), op(0, operands.size() - 1),
         count(0, 8);
-    for (int program = 0; program < 300; ++program) {
+    for (int program = 0; program < 150; ++program) {
         std::string source = "DEVICE 16F877\nDIM A AS BYTE\nDIM W AS WORD\nDIM F AS BIT\n"
                              "DIM ARR[4]\nSYMBOL K = 3\n";
         for (int line = 0; line < 3; ++line) {
