@@ -30,6 +30,9 @@ constexpr Entry laterStmt(std::string_view k) {
 constexpr Entry fn(std::string_view k, FunctionHandler f) {
     return {k, nullptr, f, false};
 }
+constexpr Entry both(std::string_view k, StatementHandler h, FunctionHandler f) {
+    return {k, h, f, true};
+}
 constexpr Entry laterFn(std::string_view k) {
     return {k, nullptr, nullptr, false};
 }
@@ -121,14 +124,14 @@ constexpr Entry kEntries[] = {
     fn("POT", compilePot),
     fn("COUNTER", compileCounter),
     // Serial links, LCD and keypad.
-    laterStmt("RSOUT"),
-    laterStmt("SERIN"),
-    laterStmt("SEROUT"),
-    laterStmt("PRINT"),
-    laterStmt("CLS"),
-    laterStmt("CURSOR"),
-    laterFn("INKEY"),
-    laterStmt("RSIN"),
+    stmt("RSOUT", compileRsout),
+    stmt("SERIN", compileSerin),
+    stmt("SEROUT", compileSerout),
+    stmt("PRINT", compilePrint),
+    stmt("CLS", compileCls),
+    stmt("CURSOR", compileCursor),
+    fn("INKEY", compileInkey),
+    both("RSIN", compileRsin, compileRsinFunction),
     // Shift, bus, data tables, EEPROM, code memory, lookups and branches.
     laterStmt("SHIN"),
     laterStmt("SHOUT"),

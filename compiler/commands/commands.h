@@ -141,6 +141,19 @@ void compileSound(Compilation& c);
 void compileFreqout(Compilation& c);
 void compileDtmfout(Compilation& c);
 
+// SERIN, SEROUT, RSIN (statement and function), RSOUT (serial.cpp).
+void compileSerin(Compilation& c);
+void compileSerout(Compilation& c);
+void compileRsin(Compilation& c);
+void compileRsinFunction(Compilation& c, const Value& dest);
+void compileRsout(Compilation& c);
+
+// PRINT, CLS, CURSOR and the function INKEY (lcd.cpp).
+void compilePrint(Compilation& c);
+void compileCls(Compilation& c);
+void compileCursor(Compilation& c);
+void compileInkey(Compilation& c, const Value& dest);
+
 // PIC16 instructions with BASIC operands and the pseudo-instructions
 // (inline_mnemonics.cpp): the instruction set, not language keywords.
 struct Route {

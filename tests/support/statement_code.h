@@ -94,4 +94,22 @@ protected:
     }
 };
 
+// A statement and the one message it must raise.
+struct MessageCase {
+    const char* name;
+    const char* statement;
+    const char* message;
+};
+
+inline void PrintTo(const MessageCase& m, std::ostream* os) {
+    *os << m.statement;
+}
+
+class StatementMessageTest : public testing::TestWithParam<MessageCase> {
+protected:
+    static void expectMessage(const MessageCase& m) {
+        EXPECT_EQ(statementMessages(m.statement), Lines{statementError(m.statement, m.message)});
+    }
+};
+
 } // namespace zorvel::test

@@ -107,7 +107,6 @@ INSTANTIATE_TEST_SUITE_P(
         ErrorCase{"DigSource", "X = DIG A, 2", "Function 'DIG' is not supported yet"},
         ErrorCase{"AdinInside", "X = 1 + ADIN 0",
                   "Function 'ADIN' is not supported yet in expressions"},
-        ErrorCase{"RsinForm", "X = RSIN", "Function 'RSIN' is not supported yet"},
         ErrorCase{"IncConstant", "INC K", "Cannot increment a numeric constant"},
         ErrorCase{"DecNumber", "DEC 5", "Cannot decrement a numeric constant"},
         ErrorCase{"IncArray", "INC ARR[1]", "ARRAY variables not supported in INC"},

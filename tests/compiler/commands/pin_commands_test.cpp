@@ -179,21 +179,10 @@ INSTANTIATE_TEST_SUITE_P(
                     CodeCase{"SnoozeExpression", "SNOOZE A + 1", {"\tIncf@W _A", "\tF@C sn@ze"}}),
     caseName);
 
-struct MessageCase {
-    const char* name;
-    const char* statement;
-    const char* message;
-};
-
-void PrintTo(const MessageCase& m, std::ostream* os) {
-    *os << m.statement;
-}
-
-class PinCommandMessages : public testing::TestWithParam<MessageCase> {};
+class PinCommandMessages : public StatementMessageTest {};
 
 TEST_P(PinCommandMessages, Reported) {
-    const MessageCase& m = GetParam();
-    EXPECT_EQ(statementMessages(m.statement), Lines{statementError(m.statement, m.message)});
+    expectMessage(GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -239,7 +228,7 @@ INSTANTIATE_TEST_SUITE_P(
         MessageCase{"CounterPin", "A = COUNTER A, 1",
                     "Must be a PORT.BIT declaration for the COUNT pin"},
         MessageCase{"CounterNoPeriod", "A = COUNTER PORTB.0,", "Syntax Error"},
-        MessageCase{"LaterFunction", "A = INKEY", "Function 'INKEY' is not supported yet"},
+        MessageCase{"LaterFunction", "A = PIXEL", "Function 'PIXEL' is not supported yet"},
         MessageCase{"SnoozeEmpty", "SNOOZE", "Syntax Error"}),
     caseName);
 

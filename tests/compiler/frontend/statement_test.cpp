@@ -139,7 +139,7 @@ INSTANTIATE_TEST_SUITE_P(
                   frame(2, "MACRO_PARAMS", "Syntax Error")},
         ErrorCase{"DirectiveWithoutText", "#IF", frame(1, "#IF", "Syntax Error")},
         ErrorCase{"ErrorWithoutQuotes", "#ERROR oops", frame(1, "#ERROR OOPS", "Missing quotes")},
-        ErrorCase{"NotSupportedYet", "CLS", frame(1, "CLS", "'CLS' is not supported yet")},
+        ErrorCase{"NotSupportedYet", "PLOT", frame(1, "PLOT", "'PLOT' is not supported yet")},
         ErrorCase{"PrefixIsNotAKeyword", "PRINTER = 1",
                   frame(1, "PRINTER = 1", " Variable ' PRINTER ' not defined")},
         ErrorCase{"StrayEndif", "ENDIF", frame(1, "ENDIF", "ENDIF without IF")},
