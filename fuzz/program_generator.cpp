@@ -610,6 +610,7 @@ std::string ProgramGenerator::simpleStatement(bool alone) {
     if (kind < 95) return pulseCommand();
     if (kind < 96) return toneCommand();
     if (kind < 98) return measurement();
+    if (kind < 99) return chance(0.5) ? serialCommand() : lcdCommand();
     return miscellaneous();
 }
 
@@ -681,6 +682,85 @@ std::string ProgramGenerator::measurement() {
     case 1: return target + " = RCIN " + pin() + ", " + pick(Strings{"HIGH", "LOW", "1"});
     case 2: return target + " = POT " + pin() + ", " + byteOperand();
     default: return target + " = COUNTER " + pin() + ", " + literal(0, 3);
+    }
+}
+
+// One output item of RSOUT, SEROUT or PRINT.
+std::string ProgramGenerator::outputItem() {
+    std::string count;
+    switch (number(0, 9)) {
+    case 0: return "\"" + pick(Strings{"Hi", "it's", "a\\b", "T=", ""}) + "\"";
+    case 1:
+        count = chance(0.5) ? std::to_string(number(1, 4)) : "";
+        return "HEX" + count + " " + byteOperand();
+    case 2:
+        count = chance(0.5) ? std::to_string(number(1, 16)) : "";
+        return "BIN" + count + " " + wordOperand();
+    case 3:
+        count = chance(0.5) ? std::to_string(number(1, 5)) : "";
+        return "DEC" + count + " " + wordOperand();
+    case 4: return "@" + byteOperand();
+    case 5: return "REP " + pick(Strings{"\"-\"", literal(32, 126)}) + "\\" + literal(0, 20);
+    case 6:
+        if (p_.arrays.empty()) return "CLS";
+        return "STR " + pick(p_.arrays).name + (chance(0.5) ? "\\1" : "");
+    case 7:
+        return chance(0.5) ? "AT " + literal(1, 4) + ", " + literal(1, 20)
+                           : "AT " + byteOperand() + ", 1";
+    case 8: return "CLS";
+    default: return byteOperand();
+    }
+}
+
+std::string ProgramGenerator::outputItems() {
+    std::string items = outputItem();
+    for (int i = number(0, 2); i > 0; --i)
+        items += ", " + outputItem();
+    return items;
+}
+
+// One input item of RSIN or SERIN.
+std::string ProgramGenerator::inputItem() {
+    switch (number(0, 4)) {
+    case 0: return pick(p_.bytes);
+    case 1: return pick(p_.words);
+    case 2: return pick(p_.bits);
+    case 3: return "WAIT(\"" + pick(Strings{"OK", "x", "it's"}) + "\")";
+    default:
+        if (p_.arrays.empty()) return pick(p_.bytes);
+        return "STR " + pick(p_.arrays).name + (chance(0.5) ? "\\1" : "");
+    }
+}
+
+std::string ProgramGenerator::serialCommand() {
+    std::string mode = pick(Strings{"84", "188", "16468", "8276", "396", "813"});
+    std::string flow = chance(0.3) ? "\\" + pin() : "";
+    switch (number(0, 4)) {
+    case 0: return "RSOUT " + outputItems();
+    case 1: return "RSIN " + (chance(0.3) ? "{" + label() + "}, " : "") + inputItem();
+    case 2: {
+        std::string options;
+        if (chance(0.3)) options += literal(0, 5) + ", ";
+        if (!flow.empty() && chance(0.4)) options += literal(1, 500) + ", " + label() + ", ";
+        return "SEROUT " + pin() + flow + ", " + mode + ", " + options + "[" + outputItems() + "]";
+    }
+    case 3: {
+        std::string options = chance(0.3) ? label() + ", " : "";
+        if (chance(0.3)) options += literal(1, 500) + ", " + label() + ", ";
+        return "SERIN " + pin() + flow + ", " + mode + ", " + options + "[" + inputItem() + "]";
+    }
+    default: return pick(p_.bytes) + " = RSIN" + (chance(0.3) ? ", {" + label() + "}" : "");
+    }
+}
+
+std::string ProgramGenerator::lcdCommand() {
+    if (p_.device.ports.size() < 2) return "RSOUT " + outputItems();
+    switch (number(0, 3)) {
+    case 0: return "PRINT " + outputItems();
+    case 1: return "CLS";
+    case 2:
+        return "CURSOR " + (chance(0.5) ? literal(1, 4) : byteOperand()) + ", " + literal(1, 16);
+    default: return assignTarget() + " = INKEY";
     }
 }
 

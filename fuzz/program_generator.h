@@ -135,6 +135,11 @@ private:
     std::string pulseCommand();
     std::string toneCommand();
     std::string measurement();
+    std::string outputItem();
+    std::string outputItems();
+    std::string inputItem();
+    std::string serialCommand();
+    std::string lcdCommand();
     std::string simpleStatements();
     void maybeLabel();
     void ifBlock();
