@@ -50,6 +50,21 @@ void writeEdgeCount(Compilation& c, LibraryOutput& out); // fl@st, fl@up, fl@nx
 void writeDigitSender(Compilation& c, LibraryOutput& out); // send@it
 void writeDispatcher(Compilation& c, LibraryOutput& out);  // d@snd, ch@snd
 
+// Number and string output (runtime_format.cpp).
+void writeBinary(Compilation& c, LibraryOutput& out);  // out_bin2, out_bin, out_binb
+void writeHex(Compilation& c, LibraryOutput& out);     // out_hex, out_hex4..1, hdig, h@dg
+void writeDecimal(Compilation& c, LibraryOutput& out); // o@dec2b, o@dec2, o@dec, o@decb, s@dig
+void writeStringOneBank(Compilation& c, LibraryOutput& out);     // sb@strout, sb@stroutlp
+void writeStringAcrossBanks(Compilation& c, LibraryOutput& out); // mb@strout, mb@stroutlp
+void writeRepeat(Compilation& c, LibraryOutput& out);            // rep
+
+// The character LCD and the keypad (runtime_lcd.cpp).
+void writeInkey(Compilation& c, LibraryOutput& out);     // inkey, Scan@row, sc@col
+void writeCls(Compilation& c, LibraryOutput& out);       // lcd_cls, cls
+void writeCursor(Compilation& c, LibraryOutput& out);    // lcd_cur, cursor
+void writeLcdCursor(Compilation& c, LibraryOutput& out); // lcd_crs, curs
+void writePrint(Compilation& c, LibraryOutput& out);     // print, prt@c, prt@1, pr@ex, pr@lp, prt@s
+
 // Pins and the watchdog sleeps (runtime_pins.cpp).
 void writeToggle(Compilation& c, LibraryOutput& out);      // t@gl
 void writePinMask(Compilation& c, LibraryOutput& out);     // c@pin

@@ -821,10 +821,10 @@ TEST(LibraryWriter, CommonExitOnlyWhenMarked) {
               (Lines{"rsout@", "i@nt\tbcf 3,7", "\tbcf 3,5", "\tbcf 3,6", "\tclrwdt", "\treturn",
                      "\tif($>=800h)"}));
     // Marks of groups without routines yet write nothing and pass nothing
-    // on (SHIN would call i@nt, the shift clock and the bit reverser);
-    // rsout@ stays.
+    // on (BUSIN would call busout and i@nt, SHIN i@nt, the shift clock and
+    // the bit reverser); rsout@ stays.
     c.runtime = RuntimeState{};
-    for (int group : {8, 49})
+    for (int group : {22, 49})
         c.runtime.need[group] = true;
     EXPECT_EQ(section(libraryLines(c), "\tgoto Start@", "\tif($>=800h)"),
               (Lines{"\tgoto Start@", "rsout@", "\tif($>=800h)"}));

@@ -175,7 +175,7 @@ TEST(RuntimeText, DispatcherTestsOnlyTheOutputsInTheProgram) {
     c.runtime.serout = c.runtime.seroutFlow = c.runtime.seroutTimeout = true;
     LibraryOutput out;
     writeRuntimeGroups(c, out);
-    EXPECT_EQ(between(out.lines, "d@snd", "i@nt\tbcf 3,7"),
+    EXPECT_EQ(between(out.lines, "d@snd", "dl@us\tclrf 21"),
               (Lines{"d@snd", "\taddlw 48", "ch@snd", "\tbtfsc 38,7", "\tgoto print",
                      "\tbtfsc 38,6", "\tgoto rsout@", "\tbtfsc 38,5", "\tgoto serout",
                      "\tbtfsc 38,4", "\tgoto sro@f", "\tbtfsc 38,3", "\tgoto sro@t"}));
