@@ -50,8 +50,19 @@ public:
         for (char c : s)
             byte(true, static_cast<uint8_t>(c));
     }
+    // The controller is busy for 15 ms after power-on.
+    void powerOnWait() { bench_.advance(15000); }
+    // The start of the initialisation by instruction: three 8-bit function
+    // sets, 4.1 ms and 100 us apart.
+    void resetSequence() {
+        powerOnWait();
+        strobe(false, 0x30, 4200);
+        strobe(false, 0x30, 150);
+        strobe(false, 0x30, 50);
+    }
     // The usual 4-bit start: 3, 3, 3, 2, then function set, display on, clear, entry.
     void initFourBit() {
+        powerOnWait();
         nibble(false, 3, 4200);
         nibble(false, 3, 150);
         nibble(false, 3, 50);
@@ -92,6 +103,7 @@ TEST(Hd44780, EightBitBusAndFourLinesOfTwenty) {
     LcdBus bus(bench, true);
     Hd44780 lcd(bus.pins(4, 20));
     lcd.connect(bench.wiring());
+    bus.resetSequence();
     bus.byte(false, 0x38);
     bus.byte(false, 0x0C);
     bus.byte(false, 0x01, 1600);
@@ -113,6 +125,7 @@ TEST(Hd44780, WritesWhileBusyAreCountedAndLost) {
     LcdBus bus(bench, true);
     Hd44780 lcd(bus.pins());
     lcd.connect(bench.wiring());
+    bus.resetSequence();
     bus.byte(false, 0x38);
     bus.byte(false, 0x0C);
     bus.byte(false, 0x01, 100); // clear needs 1.52 ms
@@ -130,6 +143,7 @@ TEST(Hd44780, EntryModeHomeAndShifts) {
     LcdBus bus(bench, true);
     Hd44780 lcd(bus.pins());
     lcd.connect(bench.wiring());
+    bus.resetSequence();
     bus.byte(false, 0x38);
     bus.byte(false, 0x0C);
     bus.byte(false, 0x01, 1600);
@@ -154,6 +168,7 @@ TEST(Hd44780, CgramWritesDoNotTouchTheText) {
     LcdBus bus(bench, true);
     Hd44780 lcd(bus.pins());
     lcd.connect(bench.wiring());
+    bus.resetSequence();
     bus.byte(false, 0x38);
     bus.byte(false, 0x0C);
     bus.byte(false, 0x01, 1600);
@@ -171,10 +186,125 @@ TEST(Hd44780, SecondLineFollowsTheFirstAfterFortyCharacters) {
     LcdBus bus(bench, true);
     Hd44780 lcd(bus.pins());
     lcd.connect(bench.wiring());
+    bus.resetSequence();
     bus.byte(false, 0x38);
     bus.byte(false, 0x0C);
     bus.byte(false, 0x80 + 39);
     bus.text("xy");
     EXPECT_EQ(lcd.ddram(39), 'x');
     EXPECT_EQ(lcd.lines()[1][0], 'y');
+}
+
+TEST(Hd44780, PowerOnWaitAndInitialisationWaits) {
+    // Cycles of 1 us: 15 ms after power-on, 4.1 ms after the first function
+    // set and 100 us after the second; each early write is lost and counted
+    // (a lost first function set makes the next one the first).
+    struct Case {
+        uint64_t powerOn, first, second;
+        int violations;
+    };
+    for (Case k : {Case{15000, 4200, 150, 0}, Case{14000, 4200, 150, 2}, Case{15000, 4000, 150, 1},
+                   Case{15000, 4200, 90, 1}, Case{10, 10, 10, 3}}) {
+        LoosePins bench;
+        LcdBus bus(bench, true);
+        Hd44780 lcd(bus.pins());
+        lcd.connect(bench.wiring());
+        bench.advance(k.powerOn);
+        bus.strobe(false, 0x30, k.first);
+        bus.strobe(false, 0x30, k.second);
+        bus.strobe(false, 0x30, 50);
+        EXPECT_EQ(lcd.busyViolations(), k.violations)
+            << "power-on " << k.powerOn << ", first " << k.first << ", second " << k.second;
+        EXPECT_EQ(lcd.timingViolations(), 0);
+    }
+}
+
+TEST(Hd44780, BusTimingBreachesAreCounted) {
+    // Two writes: the data changes, `setup` cycles later E rises, stays high
+    // for `high` cycles and falls, and the bus is left alone for `hold`
+    // cycles. At 20 MHz (200 ns cycles) a good write is 1, 3, 1 cycles.
+    struct Case {
+        double cycleSeconds;
+        uint64_t setup, high, hold;
+        bool dataWithFall, rsWhileHigh;
+        int breaches;
+    };
+    const Case cases[] = {
+        {200e-9, 1, 3, 1, false, false, 0},
+        {200e-9, 1, 2, 1, false, false, 3}, // 400 ns high, 800 ns from rise to rise
+        {200e-9, 1, 3, 1, true, false, 2},  // data held 0 ns after E falls
+        {200e-9, 1, 3, 1, false, true, 2},  // RS changed during the pulse
+        {100e-9, 2, 5, 1, false, false, 1}, // E rose again 800 ns after its last rise
+        {100e-9, 2, 5, 3, false, false, 0},
+    };
+    for (const Case& k : cases) {
+        LoosePins bench(k.cycleSeconds);
+        bench.drive("RS", false);
+        bench.drive("E", false);
+        for (int i = 0; i < 8; ++i)
+            bench.drive("D" + std::to_string(i), false);
+        Hd44780 lcd(Hd44780Pins{
+            "RS", "E", std::nullopt, {"D0", "D1", "D2", "D3", "D4", "D5", "D6", "D7"}, 2, 16});
+        lcd.connect(bench.wiring());
+        bench.advance(200000);
+        for (int pass = 0; pass < 2; ++pass) {
+            bench.drive("D0", pass == 0);
+            bench.advance(k.setup);
+            bench.drive("E", true);
+            if (k.rsWhileHigh) bench.drive("RS", pass == 0);
+            bench.advance(k.high);
+            bench.drive("E", false);
+            if (k.dataWithFall) bench.drive("D1", pass == 0);
+            bench.advance(k.hold);
+        }
+        EXPECT_EQ(lcd.timingViolations(), k.breaches)
+            << k.cycleSeconds * 1e9 << " ns cycles, setup " << k.setup << ", high " << k.high
+            << ", hold " << k.hold << (k.dataWithFall ? ", data with E falling" : "")
+            << (k.rsWhileHigh ? ", RS while E is high" : "");
+        if (k.breaches > 0) {
+            EXPECT_FALSE(lcd.timingReport().empty());
+        }
+    }
+}
+
+TEST(Hd44780, FourLineBasesFollowTheWidth) {
+    for (int columns : {16, 20}) {
+        LoosePins bench;
+        LcdBus bus(bench, true);
+        Hd44780 lcd(bus.pins(4, columns));
+        lcd.connect(bench.wiring());
+        bus.resetSequence();
+        bus.byte(false, 0x38);
+        bus.byte(false, 0x0C);
+        for (int line = 0; line < 4; ++line) {
+            int base = (line & 1 ? 0x40 : 0) + (line >= 2 ? columns : 0);
+            bus.byte(false, static_cast<uint8_t>(0x80 + base));
+            bus.text(std::string(1, static_cast<char>('1' + line)));
+        }
+        auto lines = lcd.lines();
+        ASSERT_EQ(lines.size(), 4u);
+        for (int line = 0; line < 4; ++line)
+            EXPECT_EQ(lines[static_cast<size_t>(line)],
+                      std::string(1, static_cast<char>('1' + line)) +
+                          std::string(static_cast<size_t>(columns - 1), ' '))
+                << columns << " columns, line " << line + 1;
+        EXPECT_EQ(lcd.busyViolations(), 0);
+    }
+}
+
+TEST(Hd44780, OneLineModeLeavesTheSecondLineDark) {
+    LoosePins bench;
+    LcdBus bus(bench, true);
+    Hd44780 lcd(bus.pins(2, 16));
+    lcd.connect(bench.wiring());
+    bus.resetSequence();
+    bus.byte(false, 0x30); // one line
+    bus.byte(false, 0x0C);
+    bus.text("top");
+    bus.byte(false, 0xC0);
+    bus.text("low");
+    EXPECT_EQ(lcd.lines()[0], "top             ");
+    EXPECT_EQ(lcd.lines()[1], std::string(16, ' '));
+    bus.byte(false, 0x38); // two lines: the text at 0x40 shows
+    EXPECT_EQ(lcd.lines()[1], "low             ");
 }
