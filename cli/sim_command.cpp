@@ -2,12 +2,17 @@
 
 #include "compiler/driver/home_folder.h"
 #include "sim/parts/hd44780.h"
+#include "sim/parts/keypad4x4.h"
 #include "sim/parts/logic_probe.h"
 #include "sim/parts/pulse_source.h"
 #include "sim/parts/uart_receiver.h"
+#include "sim/parts/uart_transmitter.h"
 #include "sim/pic16.h"
 #include "sim/vcd.h"
 
+#include <algorithm>
+#include <array>
+#include <cctype>
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
@@ -43,6 +48,25 @@ struct UartRequest {
     std::string pin;
     int baud = 0;
     bool inverted = false;
+    std::string text; // --uart-tx: the bytes to send
+};
+
+// --uart-tx: the line idles this long before the first start bit.
+constexpr double kUartTxIdleMs = 10;
+// --keypad: each key is held this long, after as long with no key down.
+constexpr int kDefaultKeyMs = 100;
+constexpr int kMaxKeyMs = 100000;
+
+// A key of --keypad going down or up at a cycle.
+struct KeyEvent {
+    uint64_t cycle = 0;
+    char key = 0;
+    bool down = false;
+};
+
+struct KeypadRequest {
+    std::array<std::string, 4> rows, columns;
+    std::vector<KeyEvent> events; // in time order
 };
 
 std::vector<std::string> split(const std::string& text, char separator) {
@@ -109,25 +133,111 @@ std::optional<UartRequest> parseUart(const std::string& text) {
     std::optional<int> baud = number(parts[1]);
     if (!baud || *baud < 1) return std::nullopt;
     if (parts.size() == 3 && parts[2] != "inv") return std::nullopt;
-    return UartRequest{parts[0], *baud, parts.size() == 3};
+    return UartRequest{parts[0], *baud, parts.size() == 3, ""};
 }
 
+// RS,E and four (D4-D7) or eight (D0-D7) data pins, then the lines and
+// optionally the columns: 2 lines of 16 unless told (4 lines: 20 columns).
 std::optional<sim::Hd44780Pins> parseLcd(const std::string& text) {
     std::vector<std::string> outer = split(text, ':');
     if (outer.empty() || outer.size() > 2) return std::nullopt;
     std::vector<std::string> names = split(outer[0], ',');
-    if (names.size() != 6) return std::nullopt;
+    if (names.size() != 6 && names.size() != 10) return std::nullopt;
     for (const std::string& n : names)
         if (n.empty()) return std::nullopt;
     sim::Hd44780Pins pins{names[0], names[1], std::nullopt, {names.begin() + 2, names.end()},
                           2,        16};
     if (outer.size() == 2) {
-        std::optional<int> lines = number(outer[1]);
+        std::vector<std::string> size = split(outer[1], 'x');
+        if (size.size() > 2) return std::nullopt;
+        std::optional<int> lines = number(size[0]);
         if (!lines || (*lines != 1 && *lines != 2 && *lines != 4)) return std::nullopt;
         pins.lines = *lines;
         if (*lines == 4) pins.columns = 20;
+        if (size.size() == 2) {
+            std::optional<int> columns = number(size[1]);
+            if (!columns || *columns < 8 || *columns > 40) return std::nullopt;
+            pins.columns = *columns;
+        }
     }
     return pins;
+}
+
+// TEXT of --uart-tx with its escapes: \n, \r, \t, \\ and \xHH.
+std::optional<std::string> unescape(const std::string& text) {
+    std::string out;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\\') {
+            out += text[i];
+            continue;
+        }
+        if (++i == text.size()) return std::nullopt;
+        switch (text[i]) {
+        case 'n': out += '\n'; break;
+        case 'r': out += '\r'; break;
+        case 't': out += '\t'; break;
+        case '\\': out += '\\'; break;
+        case 'x': {
+            std::string hex = text.substr(i + 1, 2);
+            if (hex.size() != 2 || !std::isxdigit(static_cast<unsigned char>(hex[0])) ||
+                !std::isxdigit(static_cast<unsigned char>(hex[1])))
+                return std::nullopt;
+            out += static_cast<char>(std::stoi(hex, nullptr, 16));
+            i += 2;
+            break;
+        }
+        default: return std::nullopt;
+        }
+    }
+    return out;
+}
+
+// PIN:BAUD:TEXT or PIN:BAUD:inv:TEXT; TEXT runs to the end and may hold ':'.
+std::optional<UartRequest> parseUartTx(const std::string& text) {
+    std::vector<std::string> parts = split(text, ':');
+    if (parts.size() < 3 || parts[0].empty()) return std::nullopt;
+    std::optional<int> baud = number(parts[1]);
+    if (!baud || *baud < 1) return std::nullopt;
+    bool inverted = parts.size() >= 4 && parts[2] == "inv";
+    size_t skip = parts[0].size() + parts[1].size() + 2 + (inverted ? 4 : 0);
+    std::optional<std::string> bytes = unescape(text.substr(skip));
+    if (!bytes || bytes->empty()) return std::nullopt;
+    return UartRequest{parts[0], *baud, inverted, *bytes};
+}
+
+// ROW0..ROW3,COL0..COL3:KEYS[:MS]: each key of KEYS ("123A456B789C*0#D",
+// '-' for none) goes down after MS ms with no key down and stays down MS ms.
+std::optional<KeypadRequest> parseKeypad(const std::string& text, double xtalMhz) {
+    std::vector<std::string> parts = split(text, ':');
+    if (parts.size() < 2 || parts.size() > 3) return std::nullopt;
+    std::vector<std::string> names = split(parts[0], ',');
+    if (names.size() != 8) return std::nullopt;
+    KeypadRequest k;
+    for (size_t i = 0; i < 8; ++i) {
+        if (names[i].empty()) return std::nullopt;
+        (i < 4 ? k.rows[i] : k.columns[i - 4]) = names[i];
+    }
+    int ms = kDefaultKeyMs;
+    if (parts.size() == 3) {
+        std::optional<int> given = number(parts[2]);
+        if (!given || *given < 1 || *given > kMaxKeyMs) return std::nullopt;
+        ms = *given;
+    }
+    const std::string& keys = parts[1];
+    if (keys.empty()) return std::nullopt;
+    auto slot = static_cast<uint64_t>(std::llround(ms * xtalMhz * 1e3 / 4));
+    uint64_t at = 0;
+    for (char key : keys) {
+        char upper = static_cast<char>(std::toupper(static_cast<unsigned char>(key)));
+        if (upper != '-' && !std::strchr(sim::Keypad4x4::labels, upper)) return std::nullopt;
+        at += slot;
+        if (upper != '-') {
+            k.events.push_back({at, upper, true});
+            k.events.push_back({at + slot, upper, false});
+        }
+        at += slot;
+    }
+    return k;
 }
 
 const char* const kDriveForms =
@@ -217,7 +327,9 @@ std::optional<DriveRequest> parseDrive(const std::string& text, double xtalMhz,
 // Everything the command line asked for, checked before anything runs.
 struct Plan {
     std::vector<UartRequest> uarts;
+    std::vector<UartRequest> senders;
     std::optional<sim::Hd44780Pins> lcd;
+    std::optional<KeypadRequest> keypad;
     std::vector<std::string> probes;
     int probeEdges = kDefaultProbeEdges;
     std::vector<DriveRequest> drives;
@@ -234,10 +346,22 @@ std::optional<Plan> makePlan(const SimOptions& o, std::string& error) {
         }
         plan.uarts.push_back(*r);
     }
+    for (const std::string& u : o.uartTx) {
+        std::optional<UartRequest> r = parseUartTx(u);
+        if (!r) {
+            error = "--uart-tx wants PIN:BAUD:TEXT or PIN:BAUD:inv:TEXT (escapes \\n \\r \\t "
+                    "\\\\ \\xHH), not '" +
+                    u + "'";
+            return std::nullopt;
+        }
+        plan.senders.push_back(*r);
+    }
     if (o.lcd) {
         plan.lcd = parseLcd(*o.lcd);
         if (!plan.lcd) {
-            error = "--lcd wants RS,E,D4,D5,D6,D7 or RS,E,D4,D5,D6,D7:LINES, not '" + *o.lcd + "'";
+            error = "--lcd wants RS,E,D4,D5,D6,D7 or RS,E,D0,...,D7, then :LINES or "
+                    ":LINESxCOLUMNS if wanted, not '" +
+                    *o.lcd + "'";
             return std::nullopt;
         }
     }
@@ -258,6 +382,15 @@ std::optional<Plan> makePlan(const SimOptions& o, std::string& error) {
             return std::nullopt;
         }
         plan.probeEdges = *edges;
+    }
+    if (o.keypad) {
+        plan.keypad = parseKeypad(*o.keypad, o.xtalMhz);
+        if (!plan.keypad) {
+            error = "--keypad wants ROW0,ROW1,ROW2,ROW3,COL0,COL1,COL2,COL3:KEYS or ...:KEYS:MS "
+                    "(keys from 123A456B789C*0#D, - for none; MS from 1 to 100000), not '" +
+                    *o.keypad + "'";
+            return std::nullopt;
+        }
     }
     for (const std::string& text : o.drives) {
         std::optional<DriveRequest> d = parseDrive(text, o.xtalMhz, error);
@@ -364,6 +497,11 @@ void printResults(const sim::Pic16& pic, const std::vector<const sim::UartReceiv
             std::cout << "lcd |" << line << "|\n";
         if (lcd->busyViolations() != 0)
             std::cout << "lcd: " << lcd->busyViolations() << " write(s) while busy\n";
+        if (lcd->timingViolations() != 0) {
+            std::cout << "lcd: " << lcd->timingViolations() << " bus timing breach(es)\n";
+            for (const std::string& line : lcd->timingReport())
+                std::cout << "lcd: " << line << "\n";
+        }
     }
     for (size_t i = 0; i < probes.size(); ++i)
         printProbe(probeNames[i], *probes[i]);
@@ -396,7 +534,19 @@ void addSimCommand(CLI::App& app, SimOptions& o) {
                                "Simulated milliseconds to run, up to 10000000000 cycles' worth");
     cycles->excludes(ms);
     sim->add_option("--uart-rx", o.uartRx, "Decode serial output: PIN:BAUD[:inv]");
-    sim->add_option("--lcd", o.lcd, "HD44780 LCD in 4-bit mode: RS,E,D4,D5,D6,D7[:LINES]");
+    sim->add_option("--uart-tx", o.uartTx,
+                    "Send serial input (8N1) into a pin after 10 ms of idle line: "
+                    "PIN:BAUD[:inv]:TEXT, with \\n \\r \\t \\\\ \\xHH in TEXT "
+                    "(repeatable)");
+    sim->add_option("--lcd", o.lcd,
+                    "HD44780 LCD: RS,E,D4,D5,D6,D7 (4-bit) or RS,E,D0,...,D7 (8-bit), then "
+                    ":LINES (1, 2 or 4) or :LINESxCOLUMNS if wanted (default 2x16; 4 lines: 20 "
+                    "columns)");
+    sim->add_option(
+        "--keypad", o.keypad,
+        "4x4 keypad (with pull-ups): ROW0,ROW1,ROW2,ROW3,COL0,COL1,COL2,COL3:KEYS[:MS]; "
+        "each key of KEYS (123A456B789C*0#D, - for none) goes down after MS ms "
+        "(default 100) with no key down and is held MS ms");
     sim->add_option("--probe", o.probes,
                     "Log a pin's edges (time, cycle, level) and its high/low widths, period, "
                     "duty and frequency, e.g. PORTB.0 (repeatable)");
@@ -430,6 +580,7 @@ int runSim(const SimOptions& o, const std::filesystem::path& executable) {
     pic.load(*hexData);
     std::vector<const sim::UartReceiver*> uarts;
     const sim::Hd44780* lcd = nullptr;
+    sim::Keypad4x4* keypad = nullptr;
     std::vector<const sim::LogicProbe*> probes;
     try {
         // Sources first, so that probes and the VCD start from the levels they set.
@@ -454,9 +605,21 @@ int runSim(const SimOptions& o, const std::filesystem::path& executable) {
             uarts.push_back(part.get());
             pic.attach(std::move(part));
         }
+        for (const UartRequest& r : plan->senders) {
+            auto part = std::make_unique<sim::UartTransmitter>(r.pin, r.baud, r.inverted);
+            sim::UartTransmitter& sender = *part;
+            pic.attach(std::move(part));
+            sender.send(r.text,
+                        static_cast<uint64_t>(std::llround(kUartTxIdleMs * o.xtalMhz * 1e3 / 4)));
+        }
         if (plan->lcd) {
             auto part = std::make_unique<sim::Hd44780>(*plan->lcd);
             lcd = part.get();
+            pic.attach(std::move(part));
+        }
+        if (plan->keypad) {
+            auto part = std::make_unique<sim::Keypad4x4>(plan->keypad->rows, plan->keypad->columns);
+            keypad = part.get();
             pic.attach(std::move(part));
         }
         for (const std::string& name : plan->probes) {
@@ -482,7 +645,17 @@ int runSim(const SimOptions& o, const std::filesystem::path& executable) {
         vcd = part.get();
         pic.attach(std::move(part));
     }
-    pic.run(plan->cycles);
+    // The keys go down and up between runs up to their cycles.
+    if (keypad)
+        for (const KeyEvent& e : plan->keypad->events) {
+            if (e.cycle >= plan->cycles) break;
+            if (e.cycle > pic.cycles()) pic.run(e.cycle - pic.cycles());
+            if (e.down)
+                keypad->press(e.key);
+            else
+                keypad->release(e.key);
+        }
+    if (plan->cycles > pic.cycles()) pic.run(plan->cycles - pic.cycles());
     printResults(pic, uarts, plan->uarts, lcd, probes, plan->probes);
     if (o.dump && *o.dump == "regs") printRegisters(pic);
     if (o.dump && *o.dump == "ram") printRam(pic);

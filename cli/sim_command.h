@@ -1,6 +1,7 @@
 // `zorvel sim`: run a HEX file on the simulated device with parts attached
-// (serial receivers, a character LCD, logic probes, signal sources on input
-// pins), then print what they saw and the final state.
+// (serial receivers and senders, a character LCD, a keypad, logic probes,
+// signal sources on input pins), then print what they saw and the final
+// state.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -19,7 +20,9 @@ struct SimOptions {
     std::optional<std::string> cycles; // checked by runSim: CLI11 would wrap "-1"
     std::optional<double> milliseconds;
     std::vector<std::string> uartRx;       // PIN:BAUD[:inv]
-    std::optional<std::string> lcd;        // RS,E,D4,D5,D6,D7[:LINES]
+    std::vector<std::string> uartTx;       // PIN:BAUD[:inv]:TEXT
+    std::optional<std::string> lcd;        // RS,E,D4..D7 or RS,E,D0..D7, [:LINES[xCOLUMNS]]
+    std::optional<std::string> keypad;     // ROW0..ROW3,COL0..COL3:KEYS[:MS]
     std::vector<std::string> probes;       // PIN
     std::optional<std::string> probeEdges; // text, like cycles
     std::vector<std::string> drives;       // PIN:square:.., PIN:pulse:.., PIN:rc:..

@@ -344,5 +344,96 @@ expect probe-edges-negative 2 \
 expect probe-edges-too-many 2 \
   "--probe-edges wants a whole number from 0 to 1000000, not '1000001'" \
   "${bad[@]}" --probe PORTB.0 --probe-edges 1000001
+# The character LCD in 8-bit form and in other shapes, a keypad pressed in
+# turn and serial text sent into a pin, on programs built here.
+printf '%s\n' 'DEVICE 16F877' 'DECLARE LCD_INTERFACE 8' 'DECLARE LCD_DTPIN PORTD.0' \
+  'DECLARE LCD_RSPIN PORTC.0' 'DECLARE LCD_ENPIN PORTC.1' 'DIM K AS BYTE' 'PRINT "8-bit ok"' \
+  'Again:' 'K = INKEY' 'PRINT AT 2, 1, "key ", DEC2 K' 'GOTO Again' > "$work/lcd8.bas"
+"$zorvel" build "$work/lcd8.bas" --home "$home" > /dev/null 2>&1
+lcd8=(--lcd PORTC.0,PORTC.1,PORTD.0,PORTD.1,PORTD.2,PORTD.3,PORTD.4,PORTD.5,PORTD.6,PORTD.7)
+keys=PORTB.0,PORTB.1,PORTB.2,PORTB.3,PORTB.4,PORTB.5,PORTB.6,PORTB.7
+# expect_lines NAME WANT ARGS...: `zorvel sim ARGS` exits 0 and its lines
+# starting with "lcd" are exactly WANT (so no busy or bus timing complaint).
+expect_lines() {
+  local name="$1" want="$2"; shift 2
+  local out status
+  out="$(timeout 60 "$zorvel" sim "$@" 2>&1)"; status=$?
+  if [ "$status" -ne 0 ]; then
+    echo "FAIL $name: exit status $status: $out"; failures=$((failures + 1))
+  elif [ "$(echo "$out" | grep '^lcd')" != "$want" ]; then
+    echo "FAIL $name: expected"; echo "$want"; echo "got"; echo "$out"
+    failures=$((failures + 1))
+  else
+    passed=$((passed + 1))
+  fi
+}
+expect_lines lcd-8bit "lcd |8-bit ok        |
+lcd |key 16          |" "$work/lcd8.hex" "${dev[@]}" --ms 40 "${lcd8[@]}"
+expect_lines lcd-8bit-4x16 "lcd |8-bit ok        |
+lcd |key 16          |
+lcd |                |
+lcd |                |" "$work/lcd8.hex" "${dev[@]}" --ms 40 "${lcd8[@]}:4x16"
+expect_lines lcd-8bit-1x20 "lcd |8-bit ok            |" \
+  "$work/lcd8.hex" "${dev[@]}" --ms 40 "${lcd8[@]}:1x20"
+# '#' (key 14) goes down at 30 ms and up at 60 ms, '5' down at 90 ms.
+expect_lines keypad-held "lcd |8-bit ok        |
+lcd |key 14          |" "$work/lcd8.hex" "${dev[@]}" --ms 55 "${lcd8[@]}" --keypad "$keys:#5:30"
+expect_lines keypad-released "lcd |8-bit ok        |
+lcd |key 16          |" "$work/lcd8.hex" "${dev[@]}" --ms 85 "${lcd8[@]}" --keypad "$keys:#5:30"
+expect_lines keypad-next "lcd |8-bit ok        |
+lcd |key 05          |" "$work/lcd8.hex" "${dev[@]}" --ms 115 "${lcd8[@]}" --keypad "$keys:#5:30"
+expect_lines keypad-gap "lcd |8-bit ok        |
+lcd |key 16          |" "$work/lcd8.hex" "${dev[@]}" --ms 55 "${lcd8[@]}" --keypad "$keys:-#:30"
+# The 4-bit form on the wrong pins: the controller never leaves 8-bit mode
+# and its display stays off.
+expect_lines lcd-wrong-nibble "lcd |                |
+lcd |                |" "$work/lcd8.hex" "${dev[@]}" --ms 40 \
+  --lcd PORTC.0,PORTC.1,PORTD.0,PORTD.1,PORTD.2,PORTD.3
+
+# Serial text into RB1, copied to RD1 by the copy loop and decoded there.
+expect uart-tx-text 0 'uart PORTD.1: ok:A\ B' "$work/copy.hex" "${dev[@]}" --ms 30 \
+  --uart-tx 'PORTB.1:9600:ok:\x41\\ B' --uart-rx PORTD.1:9600
+expect uart-tx-inverted 0 'uart PORTD.1: Hi' "$work/copy.hex" "${dev[@]}" --ms 30 \
+  --uart-tx PORTB.1:9600:inv:Hi --uart-rx PORTD.1:9600:inv
+out="$("$zorvel" sim "$work/copy.hex" "${dev[@]}" --ms 30 --uart-tx 'PORTB.1:19200:a\nb' \
+  --uart-rx PORTD.1:19200 2>&1)"
+if echo "$out" | grep -qx 'uart PORTD.1: a' && echo "$out" | grep -qx 'b'; then
+  passed=$((passed + 1))
+else
+  echo "FAIL uart-tx-newline: $out"; failures=$((failures + 1))
+fi
+# Nothing arrives before 10 ms of idle line.
+out="$("$zorvel" sim "$work/copy.hex" "${dev[@]}" --ms 9 --uart-tx PORTB.1:9600:late \
+  --uart-rx PORTD.1:9600 2>&1)"
+if echo "$out" | grep -qx 'uart PORTD.1: '; then
+  passed=$((passed + 1))
+else
+  echo "FAIL uart-tx-idle: $out"; failures=$((failures + 1))
+fi
+
+lcdforms="--lcd wants RS,E,D4,D5,D6,D7 or RS,E,D0,...,D7, then :LINES or :LINESxCOLUMNS"
+expect lcd-seven-pins 2 "$lcdforms if wanted, not 'RB1,RB2,RB3,RB4,RB5,RB6,RB7'" \
+  "${bad[@]}" --lcd RB1,RB2,RB3,RB4,RB5,RB6,RB7
+expect lcd-three-lines 2 "$lcdforms if wanted, not 'RB1,RB2,RB3,RB4,RB5,RB6:3'" \
+  "${bad[@]}" --lcd RB1,RB2,RB3,RB4,RB5,RB6:3
+expect lcd-narrow 2 "$lcdforms if wanted, not 'RB1,RB2,RB3,RB4,RB5,RB6:2x7'" \
+  "${bad[@]}" --lcd RB1,RB2,RB3,RB4,RB5,RB6:2x7
+expect lcd-unknown-pin 2 "no pin called PORTZ.1 on 16F877" \
+  "${bad[@]}" --lcd PORTZ.1,RB2,RB3,RB4,RB5,RB6
+keypadforms="--keypad wants ROW0,ROW1,ROW2,ROW3,COL0,COL1,COL2,COL3:KEYS or ...:KEYS:MS"
+expect keypad-seven-pins 2 "$keypadforms" "${bad[@]}" --keypad RB0,RB1,RB2,RB3,RB4,RB5,RB6:1
+expect keypad-bad-key 2 "$keypadforms" "${bad[@]}" --keypad "$keys:12X"
+expect keypad-no-keys 2 "$keypadforms" "${bad[@]}" --keypad "$keys:"
+expect keypad-zero-ms 2 "$keypadforms" "${bad[@]}" --keypad "$keys:1:0"
+expect keypad-unknown-pin 2 "no pin called PORTZ.0 on 16F877" \
+  "${bad[@]}" --keypad PORTZ.0,RB1,RB2,RB3,RB4,RB5,RB6,RB7:1
+txforms="--uart-tx wants PIN:BAUD:TEXT or PIN:BAUD:inv:TEXT"
+expect uart-tx-no-text 2 "$txforms" "${bad[@]}" --uart-tx PORTB.1:9600
+expect uart-tx-empty-text 2 "$txforms" "${bad[@]}" --uart-tx PORTB.1:9600:
+expect uart-tx-bad-escape 2 "$txforms" "${bad[@]}" --uart-tx 'PORTB.1:9600:a\qb'
+expect uart-tx-short-hex 2 "$txforms" "${bad[@]}" --uart-tx 'PORTB.1:9600:\x4'
+expect uart-tx-bad-baud 2 "$txforms" "${bad[@]}" --uart-tx PORTB.1:fast:Hi
+expect uart-tx-unknown-pin 2 "no pin called PORTZ.1 on 16F877" \
+  "${bad[@]}" --uart-tx PORTZ.1:9600:Hi
 echo "sim: $passed passed, $failures failed"
 [ "$failures" -eq 0 ]
