@@ -183,15 +183,17 @@ std::vector<FormatItem> formatItems(bool second) {
     auto hex = [](int d) { return [d](unsigned v) { return digitsOf(v, 16, 4, d); }; };
     auto bin = [](int d) { return [d](unsigned v) { return digitsOf(v, 2, 16, d); }; };
     if (!second)
-        return {{"DEC ", dec(-1)}, {"DEC1 ", dec(1)}, {"DEC2 ", dec(2)}, {"DEC3 ", dec(3)},
-                {"DEC4 ", dec(4)}, {"DEC5 ", dec(5)}, {"HEX ", hex(-1)}, {"HEX1 ", hex(1)},
-                {"HEX2 ", hex(2)}, {"HEX3 ", hex(3)}, {"HEX4 ", hex(4)}, {"@", dec(-1)}};
-    return {{"BIN ", bin(-1)},
-            {"BIN1 ", bin(1)},
-            {"BIN3 ", bin(3)},
-            {"BIN8 ", bin(8)},
+        // DEC after DEC1 and BIN after BIN1: the widths left behind must not
+        // cut the numbers without a count.
+        return {{"DEC5 ", dec(5)}, {"DEC4 ", dec(4)}, {"DEC3 ", dec(3)}, {"DEC2 ", dec(2)},
+                {"DEC1 ", dec(1)}, {"DEC ", dec(-1)}, {"HEX4 ", hex(4)}, {"HEX3 ", hex(3)},
+                {"HEX2 ", hex(2)}, {"HEX1 ", hex(1)}, {"HEX ", hex(-1)}, {"@", dec(-1)}};
+    return {{"BIN16 ", bin(16)},
             {"BIN9 ", bin(9)},
-            {"BIN16 ", bin(16)},
+            {"BIN8 ", bin(8)},
+            {"BIN3 ", bin(3)},
+            {"BIN1 ", bin(1)},
+            {"BIN ", bin(-1)},
             {"", [](unsigned v) { return std::string(1, static_cast<char>(v & 255)); }}};
 }
 
