@@ -447,7 +447,10 @@ std::string checkRepeatsAndStrings(int mhz, int randoms) {
         << "DIM S1[12] AS BYTE\nDIM F1[40] AS BYTE\nDIM S2[30] AS BYTE\nDIM F2[50] AS BYTE\n"
         << "DIM S3[40] AS BYTE\nDIM S4[20] AS BYTE\nDIM F3[36] AS BYTE\nDIM S5[40] AS BYTE\n"
         << "Top:\nPRINT AT 1, 1, REP CH\\N, \"|\"\nR1:\n"
-        << "PRINT AT 1, 1, REP \"*\"\\N, \"/\", REP 65\\3, \"/\", REP CH\\0, \"|\"\nR2:\n";
+        << "PRINT AT 1, 1, REP \"*\"\\N, \"/\", REP 65\\3, \"/\", REP CH\\0, \"|\"\nR2:\n"
+        // Constants: a word first, then small ones whose high byte must be 0.
+        << "PRINT AT 1, 1, HEX4 $ABCD, \"/\", HEX4 10, \"/\", DEC5 $FFFF, \"/\", DEC3 7\n"
+        << "PRINT \"/\", BIN16 $8001, \"/\", BIN9 2, \"/\", @300, \"/\", @9, \"|\"\nK1:\n";
     for (const Array& a : arrays)
         src << "PRINT AT 1, 1, STR " << a.name << ", \"/\", STR " << a.name << "\\5, \"|\"\n"
             << a.name << "A:\n";
@@ -496,6 +499,11 @@ std::string checkRepeatsAndStrings(int mhz, int randoms) {
         if (!check("R1", "\xFE\x80" + std::string(static_cast<size_t>(n), ch) + "|", input))
             return "";
         if (!check("R2", "\xFE\x80" + std::string(static_cast<size_t>(n), '*') + "/AAA/|", input))
+            return "";
+        if (!check("K1",
+                   std::string("\xFE\x80") +
+                       "ABCD/000A/65535/007/1000000000000001/000000010/300/9|",
+                   "constants"))
             return "";
         // The strings: printable bytes, with a 0 somewhere in half of the runs.
         std::string stringInput;

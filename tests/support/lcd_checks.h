@@ -41,7 +41,8 @@ std::string checkFormatters(int mhz, Operand operand, int randoms);
 
 // REP with variable and constant characters and counts (0 to 255), STR of
 // arrays in one bank, across the bank gaps and above address 255, with and
-// without a count, stopping at a 0 byte.
+// without a count, stopping at a 0 byte; HEX4, DEC5, DEC3, BIN16, BIN9 and @
+// of constants, small ones after a large one (no high byte left behind).
 std::string checkRepeatsAndStrings(int mhz, int randoms);
 
 // INKEY on a keypad on PORTB (no pull-up resistors: the port's weak
