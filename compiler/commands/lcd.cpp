@@ -85,7 +85,7 @@ void compileCursor(Compilation& c) {
         emitOp(c, Op1::ClrF, "BPFH");
         return;
     }
-    if (!loadByte(c, "GEN", "CURSOR") || !readComma(c) || !loadByte(c, "W", "CURSOR")) return;
+    if (!loadByte(c, "PP4", "CURSOR") || !readComma(c) || !loadByte(c, "W", "CURSOR")) return;
     call(c, "Lcd_Cur", Group::Cursor);
 }
 

@@ -284,7 +284,8 @@ bool repItem(Compilation& c, const OutputTarget& t) {
 }
 
 // AT row, column. Two constants make one cursor address; otherwise the row
-// goes into GEN and the column into W for the routine that works it out.
+// goes into PP4 and the column into W for the routine that works it out
+// (SEROUT keeps its data pin in GEN, and the column's expression may use PP3).
 bool atItem(Compilation& c, const OutputTarget& t) {
     size_t start = c.line.pos;
     std::optional<int> row = singleConstant(c);
@@ -303,7 +304,7 @@ bool atItem(Compilation& c, const OutputTarget& t) {
         return true;
     }
     c.line.pos = start;
-    if (!loadByte(c, "GEN", "AT") || !readComma(c) || !loadByte(c, "W", "AT")) return false;
+    if (!loadByte(c, "PP4", "AT") || !readComma(c) || !loadByte(c, "W", "AT")) return false;
     callThroughDispatcher(c, t, "Cursor", Group::Cursor);
     return true;
 }

@@ -151,7 +151,7 @@ void writeCls(Compilation& c, LibraryOutput& out) {
     out.add("\tgoto i@nt");
 }
 
-// Group 12: the cursor to line GEN (0 counts as 1), column W (0 counts as
+// Group 12: the cursor to line PP4 (0 counts as 1), column W (0 counts as
 // 1): the DDRAM address of a 4 x 20 display, lines at 128, 192, 148 and 212
 // (the line number taken modulo 4), plus the column - 1, through curs.
 // lcd_cur selects the LCD itself.
@@ -162,7 +162,7 @@ void writeCursor(Compilation& c, LibraryOutput& out) {
     out.add("\tskpc");
     out.add("\tclrw");
     out.add("\tmovwf " + column);
-    out.add("\tmovf " + regAddress(c, "GEN") + ",w");
+    out.add("\tmovf " + regAddress(c, "PP4") + ",w");
     out.add("\tskpz");
     out.add("\taddlw 255");
     out.add("\tmovwf " + line);
