@@ -136,12 +136,14 @@ void buildOutputs(Compilation& c) {
     if (c.options.sourceText) {
         c.libraryOutput = libraryLines(c);
         reportRoutineNameClashes(c);
+        reportPinClashes(c);
         return;
     }
     saveAssembly(c);
     if (c.ctx.errorCount != 0) return;
     writeLibraryFile(c);
     reportRoutineNameClashes(c);
+    reportPinClashes(c);
     if (c.options.assemble && c.ctx.errorCount == 0) assembleAndReadBack(c);
 }
 

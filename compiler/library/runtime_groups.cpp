@@ -198,6 +198,20 @@ void reportRoutineNameClashes(Compilation& c) {
     }
 }
 
+void reportPinClashes(Compilation& c) {
+    if (!needed(c, G::Inkey) || !needed(c, G::Print)) return;
+    const DeviceSettings& s = c.device.settings;
+    const std::string& keypad = s[kKeypadPort].port;
+    for (Setting lcd : {kLcdDtPin, kLcdRsPin, kLcdEnPin}) {
+        if (s[lcd].port != keypad) continue;
+        reportWarning(c, kWarnWhole,
+                      "INKEY scans " + keypad +
+                          ", which also carries the LCD's lines: the scan disturbs the "
+                          "display. Move the keypad (KEYPAD_PORT) or the LCD");
+        return;
+    }
+}
+
 void writeRuntimeGroups(Compilation& c, LibraryOutput& out) {
     markEarlierCallees(c);
     for (const RuntimeGroup& entry : kGroups)

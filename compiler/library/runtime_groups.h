@@ -15,5 +15,8 @@ void writeRuntimeGroups(Compilation& c, LibraryOutput& out);
 // After the groups are written: reports a variable or label of the program
 // that spells the label of a written routine (COUNT with COUNTER's routine).
 void reportRoutineNameClashes(Compilation& c);
+// After the groups are written: warns when INKEY's keypad port also carries
+// the LCD's lines, which the scan would disturb.
+void reportPinClashes(Compilation& c);
 
 } // namespace zorvel

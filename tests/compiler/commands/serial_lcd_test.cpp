@@ -258,6 +258,13 @@ TEST(SerialDevices, PortsCrystalAndFlags) {
               Lines{frame(3, "PRINT 1", "Not Enough Pins for an LCD on this Device")});
     EXPECT_EQ(compileSource(gpio + "A = INKEY\nEND").messages,
               Lines{frame(3, "A = INKEY", "Not Enough pins for a KEYPAD on this device")});
+    // The keypad scan would disturb an LCD on the same port.
+    const std::string both = "DIM A AS BYTE\nA = INKEY\nPRINT A\nEND";
+    EXPECT_EQ(compileSource("DEVICE 16F877\n" + both).messages,
+              Lines{"\tWarning!\t*** INKEY scans PORTB, which also carries the LCD's lines: the "
+                    "scan disturbs the display. Move the keypad (KEYPAD_PORT) or the LCD ***"});
+    EXPECT_TRUE(
+        compileSource("DEVICE 16F877\nDECLARE KEYPAD_PORT PORTD\n" + both).messages.empty());
     EXPECT_EQ(statementCode("PRINT \"a\", HEX9 A"),
               (Lines{"\tBs@f BPFH,7", "\tMovlw 'a'", "\tF@C Print", "\tClr@F BPFH"}));
 }
