@@ -65,6 +65,17 @@ void writeCursor(Compilation& c, LibraryOutput& out);    // lcd_cur, cursor
 void writeLcdCursor(Compilation& c, LibraryOutput& out); // lcd_crs, curs
 void writePrint(Compilation& c, LibraryOutput& out);     // print, prt@c, prt@1, pr@ex, pr@lp, prt@s
 
+// The software serial links (runtime_serial.cpp).
+void writeSerin(Compilation& c,
+                LibraryOutput& out); // srin@f, srin@ft, srin@t, serin, srin@s, srin@b
+void writeSerout(Compilation& c, LibraryOutput& out); // sro@t, sro@f, serout, sro@x, sro@b, sro@gf
+void writeSerialBit(Compilation& c, LibraryOutput& out);   // srin@sd, srin@d, so@fin, sr@par
+void writeRsout(Compilation& c, LibraryOutput& out);       // rsout, rso@bit
+void writeRsinTimeout(Compilation& c, LibraryOutput& out); // rsin2
+void writeRsin(Compilation& c, LibraryOutput& out);        // rsin
+void writeRsinStart(Compilation& c, LibraryOutput& out);   // rsin@st
+void writeBitDelay(Compilation& c, LibraryOutput& out);    // sr@dly
+
 // Pins and the watchdog sleeps (runtime_pins.cpp).
 void writeToggle(Compilation& c, LibraryOutput& out);      // t@gl
 void writePinMask(Compilation& c, LibraryOutput& out);     // c@pin
