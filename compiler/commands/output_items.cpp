@@ -423,10 +423,14 @@ bool compileOutputItems(Compilation& c, const OutputTarget& target, char closer)
     }
 }
 
-void characterToW(Compilation& c, char ch) {
+std::string characterLiteral(char ch) {
     std::string text(1, ch);
     if (ch == '\'' || ch == '\\') text = "\\" + text;
-    emitOp(c, Op1::Movlw, "'" + text + "'");
+    return "'" + text + "'";
+}
+
+void characterToW(Compilation& c, char ch) {
+    emitOp(c, Op1::Movlw, characterLiteral(ch));
 }
 
 int cursorAddress(int row, int column) {

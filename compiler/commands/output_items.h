@@ -32,8 +32,10 @@ enum class ListStep { More, Done, Failed };
 // is '\0') ends the list; anything else is reported.
 ListStep nextItem(Compilation& c, char closer);
 
-// "\tMovlw '" + ch + "'", with the quote and the backslash escaped as the
-// assembler wants them.
+// A character as the assembler's literal: "'" + ch + "'", with the quote and
+// the backslash escaped as the assembler wants them.
+std::string characterLiteral(char ch);
+// "\tMovlw " + the character's literal.
 void characterToW(Compilation& c, char ch);
 
 // The cursor address of a display position: row 1 to 4, column from 1.

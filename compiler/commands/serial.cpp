@@ -14,6 +14,7 @@
 #include "compiler/library/serial_timing.h"
 
 #include <optional>
+#include <vector>
 
 namespace zorvel {
 namespace {
@@ -150,8 +151,23 @@ bool receiveString(Compilation& c, const Receive& r) {
     return true;
 }
 
-// WAIT("text"): receives until the characters of the text arrive in order;
-// any other character starts the match again.
+// For each length of a matched prefix of `text`, the length of the longest
+// proper prefix that is also a suffix of it (the table of a string search).
+std::vector<size_t> prefixFallbacks(const std::string& text) {
+    std::vector<size_t> fallback(text.size() + 1, 0);
+    size_t k = 0;
+    for (size_t i = 1; i < text.size(); ++i) {
+        while (k > 0 && text[i] != text[k])
+            k = fallback[k];
+        if (text[i] == text[k]) ++k;
+        fallback[i + 1] = k;
+    }
+    return fallback;
+}
+
+// WAIT("text"): receives until the characters of the text have arrived in a
+// row. After a wrong character the match goes on from the longest part of
+// the text that still fits (the character is in PP1), so "OOK" matches "OK".
 bool receiveWait(Compilation& c, const Receive& r) {
     LineBuffer& l = c.line;
     if (!accept(c, '(') || !accept(c, '"')) {
@@ -169,15 +185,35 @@ bool receiveWait(Compilation& c, const Receive& r) {
         reportError(c, kErrSyntax);
         return false;
     }
-    std::string restart = newLabel(c, "Pb@lab", LabelCounter::Block);
-    emitLabel(c, restart);
-    for (char ch : text) {
-        receiveOne(c, r);
-        std::string literal(1, ch);
-        if (ch == '\'' || ch == '\\') literal = "\\" + literal;
-        emitOp(c, Op1::Sublw, "'" + literal + "'");
-        emitTestAndJump(c, 0, "STATUS", 2, restart);
+    // matched[k]: k characters have arrived; retry[i]: the character after
+    // i matched ones was wrong.
+    std::vector<std::string> matched, retry;
+    for (size_t i = 0; i < text.size(); ++i) {
+        matched.push_back(newLabel(c, "Pb@lab", LabelCounter::Block));
+        retry.push_back(i == 0 ? matched[0] : newLabel(c, "Pb@lab", LabelCounter::Block));
     }
+    std::string done = newLabel(c, "Pb@lab", LabelCounter::Block);
+    for (size_t i = 0; i < text.size(); ++i) {
+        emitLabel(c, matched[i]);
+        receiveOne(c, r);
+        emitOp(c, Op1::Sublw, characterLiteral(text[i]));
+        emitTestAndJump(c, 0, "STATUS", 2, retry[i]);
+    }
+    if (text.size() > 1) emitOp(c, Op1::FarGoto, done);
+    std::vector<size_t> fallback = prefixFallbacks(text);
+    for (size_t i = 1; i < text.size(); ++i) {
+        emitLabel(c, retry[i]);
+        for (size_t k = fallback[i];; k = fallback[k]) {
+            if (text[k] != text[i]) {
+                emitOp(c, Op1::MovFW, "PP1");
+                emitOp(c, Op1::Sublw, characterLiteral(text[k]));
+                emitTestAndJump(c, 1, "STATUS", 2, k + 1 < text.size() ? matched[k + 1] : done);
+            }
+            if (k == 0) break;
+        }
+        emitOp(c, Op1::FarGoto, matched[0]);
+    }
+    emitLabel(c, done);
     return true;
 }
 

@@ -173,25 +173,25 @@ TEST_P(SerialStatements, FormattersSendThroughTheSerialRoutines) {
     }
 }
 
-// WAIT("OK") starts the match again with the next character after a wrong
-// one: "OOOK" matches (the second O fails the K, the third starts again),
-// and the character after the match goes into B.
+// WAIT finds its text after any wrong start: a wrong character is compared
+// again with the start of the text, so "OOK" matches "OK" and "ABABAC"
+// matches "ABAC"; the character after the match goes into B.
 TEST_P(SerialStatements, WaitMatchesAcrossAWrongStart) {
     std::string rs = "DECLARE SERIAL_BAUD " + std::to_string(baud()) +
                      "\nDECLARE RSIN_PIN PORTB.1\nDECLARE RSIN_MODE TRUE\n";
     const std::string bodies[] = {
-        "SERIN PORTB.1, " + std::to_string(code()) + ", [WAIT(\"OK\"), B]\nGot:\n",
-        rs + "RSIN WAIT(\"OK\"), B\nGot:\n",
+        "SERIN PORTB.1, " + std::to_string(code()) + ", [WAIT(\"OK\"), WAIT(\"ABAC\"), B]\nGot:\n",
+        rs + "RSIN WAIT(\"OK\"), WAIT(\"ABAC\"), B\nGot:\n",
     };
     for (const std::string& body : bodies) {
-        for (const char* text : {"OKa", "xOKb", "OOOKc", "OxOKd"}) {
+        for (const char* text : {"OKABACa", "xOOKABABACb", "OxOKAABACc", "OOOKABAABACd"}) {
             std::unique_ptr<SimProgram> built = build(body);
             if (!built) continue;
             SimProgram& p = *built;
             auto& tx = attach<sim::UartTransmitter>(p, "PORTB.1", baud());
             runCycles(p, 200);
             tx.send(text);
-            ASSERT_TRUE(p.runTo("Got", static_cast<uint64_t>(bit() * 60))) << body << text;
+            ASSERT_TRUE(p.runTo("Got", static_cast<uint64_t>(bit() * 150))) << body << text;
             EXPECT_EQ(p.byte("B"), text[std::string(text).size() - 1]) << body << " after " << text;
         }
     }

@@ -235,7 +235,7 @@ TEST(ManualExamples, PlannedOnesFailOnlyBecauseTheCommandIsNotThereYet) {
         EXPECT_EQ(problem, "") << describe(e);
         ++planned;
     }
-    EXPECT_GT(planned, 30);
+    EXPECT_GT(planned, 0); // the graphic LCD commands keep theirs
 }
 
 std::vector<std::string> statementKeywords() {
