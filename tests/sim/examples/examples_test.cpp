@@ -1,10 +1,13 @@
 // The example programs compile, assemble and do in the simulator what their
 // comments say.
+#include "sim/parts/hd44780.h"
 #include "sim/parts/logic_probe.h"
 #include "sim/parts/uart_receiver.h"
+#include "sim/parts/uart_transmitter.h"
 #include "sim/pic16.h"
 #include "support/test_support.h"
 
+#include <cstdio>
 #include <gtest/gtest.h>
 #include <vector>
 
@@ -42,9 +45,52 @@ TEST(Examples, HelloSendsItsText) {
     auto receiver = std::make_unique<sim::UartReceiver>("PORTB.0", 9600);
     sim::UartReceiver* rx = receiver.get();
     pic->attach(std::move(receiver));
-    pic->run(30000); // 30 ms at 4 MHz
-    EXPECT_EQ(rx->text(), "Hello from Zorvel\r\n");
+    pic->run(60000); // 60 ms at 4 MHz
+    EXPECT_EQ(rx->text(), "Hello from Zorvel\r\ncount 1\r\ncount 2\r\ncount 3\r\n");
     EXPECT_EQ(rx->framingErrors(), 0);
+}
+
+// A line typed into the serial input comes back; five quiet seconds are
+// reported.
+TEST(Examples, EchoSendsBackALineAndReportsSilence) {
+    TempDir dir;
+    auto pic = buildAndLoad("echo.bas", "16F877", 4.0, dir);
+    ASSERT_TRUE(pic);
+    auto receiver = std::make_unique<sim::UartReceiver>("PORTC.6", 9600);
+    sim::UartReceiver* rx = receiver.get();
+    pic->attach(std::move(receiver));
+    auto transmitter = std::make_unique<sim::UartTransmitter>("PORTC.7", 9600);
+    sim::UartTransmitter* tx = transmitter.get();
+    pic->attach(std::move(transmitter));
+    tx->send("Zorvel 1.1\r", 20000);
+    pic->run(100000);
+    EXPECT_EQ(rx->text(), "Ready\r\nYou typed: Zorvel 1.1\r\n");
+    pic->run(5100000); // the 5 s timeout of the next line
+    EXPECT_EQ(rx->text(), "Ready\r\nYou typed: Zorvel 1.1\r\n(nothing for 5 s)\r\n");
+    EXPECT_EQ(rx->framingErrors(), 0);
+}
+
+// The count on the LCD's second line goes up every 100 ms or so, the same
+// number in decimal and hexadecimal; the display never gets a command while busy.
+TEST(Examples, LcdCounterShowsItsCount) {
+    TempDir dir;
+    auto pic = buildAndLoad("lcd_counter.bas", "16F877", 4.0, dir);
+    ASSERT_TRUE(pic);
+    auto display = std::make_unique<sim::Hd44780>(sim::Hd44780Pins{
+        "PORTB.3", "PORTB.2", std::nullopt, {"PORTB.4", "PORTB.5", "PORTB.6", "PORTB.7"}, 2, 16});
+    sim::Hd44780* lcd = display.get();
+    pic->attach(std::move(display));
+    pic->run(450000);
+    std::vector<std::string> shown = lcd->lines();
+    ASSERT_EQ(shown.size(), 2u);
+    EXPECT_EQ(shown[0], "Zorvel counter  ");
+    int count = std::stoi(shown[1].substr(0, 5));
+    EXPECT_GE(count, 3);
+    EXPECT_LE(count, 4);
+    char expected[17];
+    std::snprintf(expected, sizeof expected, "%05d $%04X     ", count, count);
+    EXPECT_EQ(shown[1], expected);
+    EXPECT_EQ(lcd->busyViolations(), 0);
 }
 
 TEST(Examples, BlinkTogglesAboutTwiceASecond) {
