@@ -318,9 +318,19 @@ OutputTarget serialOutput(Compilation& c, bool flow, const std::string& timeoutL
     return {"SEROUT", "Serout", Group::SerOut, 5, false, false, ""};
 }
 
-// RSIN and RSOUT are timed from SERIAL_BAUD at the crystal.
-bool checkBaud(Compilation& c) {
+// RSIN and RSOUT are timed from SERIAL_BAUD at the crystal, on the pin of
+// their setting, which must be a port of the device (the defaults are PORTB
+// pins, which a GPIO device lacks).
+bool checkSerialSettings(Compilation& c, Setting pin, std::string_view name) {
     if (!checkTimedCrystal(c)) return false;
+    const SettingValue& v = c.device.settings[pin];
+    if (!c.symbols.find(v.port)) {
+        reportError(c, kErrText,
+                    std::string(name) + " is " + v.port + "." + std::to_string(v.pin) + ", which " +
+                        c.device.name + " does not have: DECLARE " + std::string(name) +
+                        " with a pin of the device");
+        return false;
+    }
     std::optional<std::string> problem = serialBaudProblem(c);
     if (!problem) return true;
     reportError(c, kErrText, *problem);
@@ -385,7 +395,7 @@ void compileSerout(Compilation& c) {
 
 void compileRsout(Compilation& c) {
     remarksEcho(c);
-    if (!checkBaud(c)) return;
+    if (!checkSerialSettings(c, kRsoutPin, "RSOUT_PIN")) return;
     emitBit(c, BitOp::BsfBanked, "BPFH", 6);
     compileOutputItems(c, {"RSOUT", "Rsout", Group::Rsout, 6, true, false, ""}, '\0');
     emitOp(c, Op1::ClrF, "BPFH");
@@ -393,7 +403,7 @@ void compileRsout(Compilation& c) {
 
 void compileRsin(Compilation& c) {
     remarksEcho(c);
-    if (!checkBaud(c)) return;
+    if (!checkSerialSettings(c, kRsinPin, "RSIN_PIN")) return;
     std::optional<std::string> label = readBraceLabel(c);
     if (!label || (!label->empty() && !readComma(c))) return;
     Receive r{"Rsin", Group::Rsin, "", ""};
@@ -402,7 +412,7 @@ void compileRsin(Compilation& c) {
 }
 
 void compileRsinFunction(Compilation& c, const Value& dest) {
-    if (!checkBaud(c)) return;
+    if (!checkSerialSettings(c, kRsinPin, "RSIN_PIN")) return;
     std::optional<std::string> label;
     if (accept(c, ',')) {
         skipBlanks(c);

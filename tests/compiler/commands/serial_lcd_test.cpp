@@ -261,6 +261,16 @@ TEST(SerialDevices, PortsCrystalAndFlags) {
               Lines{frame(3, "PRINT 1", "Not Enough Pins for an LCD on this Device")});
     EXPECT_EQ(compileSource(gpio + "A = INKEY\nEND").messages,
               Lines{frame(3, "A = INKEY", "Not Enough pins for a KEYPAD on this device")});
+    // RSOUT's and RSIN's default pins are PORTB bits.
+    EXPECT_EQ(compileSource(gpio + "RSOUT A\nEND").messages,
+              Lines{frame(3, "RSOUT A",
+                          "RSOUT_PIN is PORTB.0, which 12F675 does not have: DECLARE RSOUT_PIN "
+                          "with a pin of the device")});
+    EXPECT_TRUE(compileSource("DEVICE 12F675\nDECLARE RSIN_PIN GPIO.2\nDIM A AS BYTE\n"
+                              "A = RSIN\nEND")
+                    .messages.empty());
+    EXPECT_TRUE(
+        compileSource("DEVICE 16F877\nDECLARE RSOUT_PIN portc.6\nRSOUT 1\nEND").messages.empty());
     // The keypad scan would disturb an LCD on the same port.
     const std::string both = "DIM A AS BYTE\nA = INKEY\nPRINT A\nEND";
     EXPECT_EQ(compileSource("DEVICE 16F877\n" + both).messages,
