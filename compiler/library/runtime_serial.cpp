@@ -74,6 +74,41 @@ void writeMillisecondStep(LibraryOutput& out, const std::string& low, const std:
 
 } // namespace
 
+// A wait of at most the millisecond count in `high`:`low` for the space
+// level on the pin whose mask is `mask` (the start bit of SERIN, the "go"
+// level of SEROUT's flow pin), which jumps to `found`. One millisecond is the
+// step of the count and the reload of the pass count (8 cycles), a test and
+// padding (11), and PASSES - 1 passes of 20 cycles, the last one a cycle
+// longer (the skip and the jump back): 20 x PASSES cycles. When the count
+// runs out it leaves through i@nt with the carry clear.
+struct TimedWait {
+    std::string stepLabel, loopLabel, low, high, mask, found;
+};
+
+void writeTimedWait(const Compilation& c, LibraryOutput& out, const Registers& r,
+                    const TimedWait& w) {
+    out.add(w.stepLabel);
+    writeMillisecondStep(out, w.low, w.high);
+    out.add("\tmovlw " + number(millisecondLoops(crystal(c)) - 1));
+    out.add("\tmovwf " + r.pp0);
+    writeSpaceTest(out, r, w.mask);
+    out.add("\tbz " + w.found);
+    for (int i = 0; i < 3; ++i)
+        out.add("\tgoto $+1");
+    out.add(w.loopLabel);
+    writeSpaceTest(out, r, w.mask);
+    out.add("\tbz " + w.found);
+    writeSpaceTest(out, r, w.mask);
+    out.add("\tbz " + w.found);
+    out.add(filler(c));
+    out.add(filler(c));
+    writeSpaceTest(out, r, w.mask);
+    out.add("\tbz " + w.found);
+    out.add("\tdecfsz " + r.pp0 + ",f");
+    out.add("\tgoto " + w.loopLabel);
+    out.add("\tgoto " + w.stepLabel);
+}
+
 // Group 24. srin@f and srin@ft hold the flow pin at its "go" level (true
 // mode low, inverted high) while they receive through serin or srin@t, and
 // drive it to the other level afterwards. srin@t waits at most GEN3H:GEN3
@@ -84,7 +119,6 @@ void writeMillisecondStep(LibraryOutput& out, const std::string& low, const std:
 // set; PP4 bit 0 is set when a 7E1 character has the wrong parity.
 void writeSerin(Compilation& c, LibraryOutput& out) {
     Registers r(c);
-    int loops = millisecondLoops(crystal(c));
     out.add("srin@f\tcall sf@on");
     out.add("\tcall serin");
     out.add("\tgoto sf@end");
@@ -107,36 +141,13 @@ void writeSerin(Compilation& c, LibraryOutput& out) {
     out.add("\tbtfss " + r.pp0 + ",6");
     out.add("\tgoto b@lo");
     out.add("\tgoto b@hi");
-    // srin@t: one millisecond is the step of the count and the reload of
-    // the pass count (8 cycles), a test and padding (11), and PASSES - 1
-    // passes of 20 cycles, the last one a cycle longer (the skip and the
-    // jump back): 20 x PASSES cycles.
+    // srin@t: the start bit's wait, at most GEN3H:GEN3 ms.
     out.add("srin@t\tcall sr@in");
     out.add("\tmovfw " + r.gen3);
     out.add("\tmovwf " + r.pp3);
     out.add("\tmovfw " + r.gen3h);
     out.add("\tmovwf " + r.pp1h);
-    out.add("st@ms");
-    writeMillisecondStep(out, r.pp3, r.pp1h);
-    out.add("\tmovlw " + number(loops - 1));
-    out.add("\tmovwf " + r.pp0);
-    writeSpaceTest(out, r, r.genh);
-    out.add("\tbz srin@s");
-    out.add("\tgoto $+1");
-    out.add("\tgoto $+1");
-    out.add("\tgoto $+1");
-    out.add("st@lp");
-    writeSpaceTest(out, r, r.genh);
-    out.add("\tbz srin@s");
-    writeSpaceTest(out, r, r.genh);
-    out.add("\tbz srin@s");
-    out.add(filler(c));
-    out.add(filler(c));
-    writeSpaceTest(out, r, r.genh);
-    out.add("\tbz srin@s");
-    out.add("\tdecfsz " + r.pp0 + ",f");
-    out.add("\tgoto st@lp");
-    out.add("\tgoto st@ms");
+    writeTimedWait(c, out, r, {"st@ms", "st@lp", r.pp3, r.pp1h, r.genh, "srin@s"});
     // serin: waits for the start bit without a limit.
     out.add("serin\tcall sr@in");
     out.add("sr@wt" + filler(c));
@@ -199,35 +210,14 @@ void writeSerin(Compilation& c, LibraryOutput& out) {
 // waits the pace GEN3H:GEN3 ms; it returns W unchanged with the carry set.
 void writeSerout(Compilation& c, LibraryOutput& out) {
     Registers r(c);
-    int loops = millisecondLoops(crystal(c));
-    // sro@t: one millisecond as in srin@t: 8 + 11 + 20 x (PASSES - 1) + 1.
+    // sro@t: the flow pin's wait, at most PP7H:PP7 ms.
     out.add("sro@t\tmovwf " + r.gpr);
     out.add("\tcall sro@gf");
     out.add("\tmovfw " + r.pp7);
     out.add("\tmovwf " + r.pp1);
     out.add("\tmovfw " + r.pp7h);
     out.add("\tmovwf " + r.pp1h);
-    out.add("so@ms");
-    writeMillisecondStep(out, r.pp1, r.pp1h);
-    out.add("\tmovlw " + number(loops - 1));
-    out.add("\tmovwf " + r.pp0);
-    writeSpaceTest(out, r, r.gen2h);
-    out.add("\tbz so@go");
-    out.add("\tgoto $+1");
-    out.add("\tgoto $+1");
-    out.add("\tgoto $+1");
-    out.add("so@lp");
-    writeSpaceTest(out, r, r.gen2h);
-    out.add("\tbz so@go");
-    writeSpaceTest(out, r, r.gen2h);
-    out.add("\tbz so@go");
-    out.add(filler(c));
-    out.add(filler(c));
-    writeSpaceTest(out, r, r.gen2h);
-    out.add("\tbz so@go");
-    out.add("\tdecfsz " + r.pp0 + ",f");
-    out.add("\tgoto so@lp");
-    out.add("\tgoto so@ms");
+    writeTimedWait(c, out, r, {"so@ms", "so@lp", r.pp1, r.pp1h, r.gen2h, "so@go"});
     // sro@f: waits without a limit.
     out.add("sro@f\tmovwf " + r.gpr);
     out.add("\tcall sro@gf");
