@@ -91,7 +91,7 @@ void assignValue(Compilation& c, const Value& dest) {
 std::optional<Value> elementSource(Compilation& c) {
     skipBlanks(c);
     size_t start = c.line.pos;
-    if (countTerms(c) == 1 && isIdentifierChar(c.line.peek())) {
+    if (countTerms(c) == 1 && isIdentifierChar(c.line.peek()) && !isFunctionKeyword(peekWord(c))) {
         std::string text = readOperand(c);
         if (text == "WREG") return Value{"WREG", kKindWreg, -1};
         if (!elementFollows(c) && classifyOperand(c, false, text)) {

@@ -172,7 +172,12 @@ INSTANTIATE_TEST_SUITE_P(
                  "CURSOR A, 3",
                  {"\tMov@fw _A", "\tMov@wf PP4", "\tMovlw 3", "\tF@C Lcd_Cur"}},
         CodeCase{"Inkey", "X = INKEY", {"\tF@C Inkey", "\tMov@wf _X"}},
-        CodeCase{"InkeyIntoWord", "W1 = INKEY", {"\tF@C Inkey", "\tMov@wf W1", "\tClr@F W1H"}}),
+        CodeCase{"InkeyIntoWord", "W1 = INKEY", {"\tF@C Inkey", "\tMov@wf W1", "\tClr@F W1H"}},
+        // A function word alone is not an operand of an element assignment.
+        CodeCase{
+            "InkeyIntoElement",
+            "ARR[1] = INKEY",
+            {"\tF@C Inkey", "\tMov@wf PP7", "\tClr@F PP7H", "\tMov@fw PP7", "\tMov@wf ARR#1"}}),
     caseName);
 
 class SerialMessages : public StatementMessageTest {};
