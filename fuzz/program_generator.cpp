@@ -677,11 +677,15 @@ std::string ProgramGenerator::toneCommand() {
 
 std::string ProgramGenerator::measurement() {
     std::string target = assignTarget();
-    switch (number(0, 3)) {
+    switch (number(0, 7)) {
     case 0: return target + " = PULSIN " + pin() + ", " + pick(Strings{"HIGH", "LOW", "0", "1"});
     case 1: return target + " = RCIN " + pin() + ", " + pick(Strings{"HIGH", "LOW", "1"});
     case 2: return target + " = POT " + pin() + ", " + byteOperand();
-    default: return target + " = COUNTER " + pin() + ", " + literal(0, 3);
+    case 3: return target + " = COUNTER " + pin() + ", " + literal(0, 3);
+    case 4: return target + " = RANDOM";
+    case 5: return target + " = " + pick(Strings{"SIN ", "COS "}) + byteOperand();
+    case 6: return target + " = DIG " + wordOperand() + ", " + literal(0, 5);
+    default: return target + " = PEEK " + (chance(0.5) ? literal(0, 511) : pick(p_.bytes));
     }
 }
 

@@ -154,6 +154,13 @@ void compileCls(Compilation& c);
 void compileCursor(Compilation& c);
 void compileInkey(Compilation& c, const Value& dest);
 
+// The built-in functions RANDOM, SIN, COS, DIG and PEEK (functions.cpp).
+void compileRandom(Compilation& c, const Value& dest);
+void compileSin(Compilation& c, const Value& dest);
+void compileCos(Compilation& c, const Value& dest);
+void compileDig(Compilation& c, const Value& dest);
+void compilePeek(Compilation& c, const Value& dest);
+
 // PIC16 instructions with BASIC operands and the pseudo-instructions
 // (inline_mnemonics.cpp): the instruction set, not language keywords.
 struct Route {

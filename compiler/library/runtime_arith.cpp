@@ -154,4 +154,21 @@ void writeCommonExit(Compilation& c, LibraryOutput& out) {
     out.add("\treturn");
 }
 
+// dig: decimal digit W (0 = units) of PP0H:PP0. Divides by 10 W + 1 times
+// (d@vd leaves the quotient in PP0H:PP0 and the remainder in PP2) and returns
+// the last remainder: digit 5 and above of a word is 0.
+void writeDig(Compilation& c, LibraryOutput& out) {
+    std::string count = regAddress(c, "PP4");
+    out.add("dig\tmovwf " + count);
+    out.add("\tincf " + count + ",f");
+    out.add("d@b\tmovlw 10");
+    out.add("\tmovwf " + regAddress(c, "PP1"));
+    out.add("\tclrf " + regAddress(c, "PP1H"));
+    out.add("\tcall d@vd");
+    out.add("\tdecfsz " + count + ",f");
+    out.add("\tgoto d@b");
+    out.add("\tmovfw " + regAddress(c, "PP2"));
+    out.add("\tgoto i@nt");
+}
+
 } // namespace zorvel

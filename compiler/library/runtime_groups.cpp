@@ -95,7 +95,7 @@ constexpr RuntimeGroup kGroups[] = {
     {G::Toggle, writeToggle, {G::PinMask, G::OutputPin}},
     {G::PinMask, writePinMask, {G::BitTable}},
     {G::BitTable, writeBitTable},
-    {G::Dig, nullptr, {G::Divide}},
+    {G::Dig, writeDig, {G::Divide, G::CommonExit}},
     {G::Divide, writeDivide, {G::CommonExit}},
     {G::Multiply, writeMultiply, {G::CommonExit}},
     {G::ReverseBits, nullptr, {G::ShiftLeft}},

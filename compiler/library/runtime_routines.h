@@ -15,6 +15,7 @@ void writeShiftRight(Compilation& c, LibraryOutput& out);   // r@sh
 void writeNegate(Compilation& c, LibraryOutput& out);       // n@gt
 void writeIncrementPP0(Compilation& c, LibraryOutput& out); // i@pp0
 void writeRandom(Compilation& c, LibraryOutput& out);       // rndm
+void writeDig(Compilation& c, LibraryOutput& out);          // dig, d@b
 void writeCommonExit(Compilation& c, LibraryOutput& out);   // i@nt
 
 // Array access across banks (runtime_arrays.cpp).
