@@ -26,6 +26,12 @@ struct LibraryOutput {
 // is written as itself, so the assembler resolves or reports it.
 std::string regAddress(const Compilation& c, std::string_view name);
 
+// The crystal in MHz (the XTAL setting; at least 1).
+int crystalMhz(const Compilation& c);
+
+// A number as decimal text, for the operands of routine lines.
+std::string number(long value);
+
 // The one-cycle filler of timing code: "\tclrwdt" with the watchdog on,
 // "\tnop" with it off.
 std::string filler(const Compilation& c);

@@ -12,10 +12,6 @@
 namespace zorvel {
 namespace {
 
-int crystal(const Compilation& c) {
-    return c.device.settings[kXtal].number;
-}
-
 // dl@us clears the high byte and falls into dlus@w, which takes off the
 // call overhead and stores the low count; then the high byte is turned into
 // a counter that counts up to 0. Registers by number, or by name (10 MHz).
@@ -134,7 +130,7 @@ void writeBody20(Compilation& c, LibraryOutput& out) {
 // borrows; a count of 0 returns at once through i@nt.
 void writeMillisecondDelay(Compilation& c, LibraryOutput& out) {
     std::string pp1 = regAddress(c, "PP1"), pp1h = regAddress(c, "PP1H");
-    int step = millisecondStep(crystal(c));
+    int step = millisecondStep(crystalMhz(c));
     out.add("dl@ms\tclrf " + pp1h);
     out.add("dly@w\tmovwf " + pp1);
     out.add("\tmovlw 255");
@@ -151,7 +147,7 @@ void writeMillisecondDelay(Compilation& c, LibraryOutput& out) {
 
 // Only the configured crystal's body is written; other crystals get none.
 void writeMicrosecondDelay(Compilation& c, LibraryOutput& out) {
-    switch (crystal(c)) {
+    switch (crystalMhz(c)) {
     case 4: writeBody4(c, out); break;
     case 8: writeBody8(c, out); break;
     case 10: writeBody10(c, out); break;

@@ -14,14 +14,6 @@
 namespace zorvel {
 namespace {
 
-int crystal(const Compilation& c) {
-    return std::max(c.device.settings[kXtal].number, 1);
-}
-
-std::string number(int value) {
-    return std::to_string(value);
-}
-
 // The LCD's pins and bus as the settings give them.
 struct LcdWiring {
     std::string dataPort, rsPort, enPort; // decimal register addresses
@@ -115,7 +107,7 @@ void writeInkey(Compilation& c, LibraryOutput& out) {
     out.add("\tgoto i@nt");
     // One row (pattern in W); the carry is set once a key is found, and the
     // later rows then return at once with the count left at that key.
-    int settle = (5 * crystal(c) + 3) / 4; // cycles in 5 us
+    int settle = (5 * crystalMhz(c) + 3) / 4; // cycles in 5 us
     out.add("Scan@row\tbtfsc " + status + ",0");
     out.add("\treturn");
     out.add("\tmovwf " + port);
@@ -299,7 +291,7 @@ void writePrint(Compilation& c, LibraryOutput& out) {
         out.add("\txorwf " + w.dataPort + ",f");
     }
     out.add("\tbsf " + w.en());
-    addPadding(c, out, enablePulseCycles(crystal(c)) - 1);
+    addPadding(c, out, enablePulseCycles(crystalMhz(c)) - 1);
     out.add("\tbcf " + w.en());
     out.add("\treturn");
 }

@@ -15,14 +15,6 @@
 namespace zorvel {
 namespace {
 
-int crystal(const Compilation& c) {
-    return std::max(c.device.settings[kXtal].number, 1);
-}
-
-std::string number(long value) {
-    return std::to_string(value);
-}
-
 // Cycles of one POT pass: 20 us, X / 4 cycles each.
 int potPassCycles(int mhz) {
     return 5 * mhz;
@@ -189,7 +181,7 @@ void writeHpwm(Compilation& c, LibraryOutput& out) {
         out.add("\terror \"HPWM needs a device with a CCP module\"");
         return;
     }
-    long fosc = static_cast<long>(crystal(c)) * 1000000;
+    long fosc = static_cast<long>(crystalMhz(c)) * 1000000;
     long coarse = fosc / 1024, fine = fosc / 4;
     out.add("h@pwm\tmovwf " + r.pp4h);
     out.add("\tmovlw " + number(coarse / 256));
@@ -398,7 +390,7 @@ void writePot(Compilation& c, LibraryOutput& out) {
     out.add("pt@end\tmovf " + r.pp1h + ",w");
     out.add("\tgoto i@nt");
     out.add("pt@pad");
-    writePad(c, out, potPassCycles(crystal(c)) - 13, r.pp0);
+    writePad(c, out, potPassCycles(crystalMhz(c)) - 13, r.pp0);
     out.add("\tgoto pt@lp");
 }
 
@@ -417,7 +409,7 @@ void writeCounter(Compilation& c, LibraryOutput& out) {
     out.add("\tbsf " + r.fsr + ",7");
     out.add("\tiorwf " + r.indf + ",f");
     out.add("\tbcf " + r.fsr + ",7");
-    out.add("\tmovlw " + number(millisecondLoops(crystal(c))));
+    out.add("\tmovlw " + number(millisecondLoops(crystalMhz(c))));
     out.add("\tmovwf " + r.pp3);
     out.add("\tclrf " + r.pp3h);
     out.add("\tcall m@py");

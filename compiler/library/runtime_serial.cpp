@@ -22,14 +22,6 @@
 namespace zorvel {
 namespace {
 
-int crystal(const Compilation& c) {
-    return std::max(c.device.settings[kXtal].number, 1);
-}
-
-std::string number(long value) {
-    return std::to_string(value);
-}
-
 // The registers the routines name, as decimal addresses.
 struct Registers {
     std::string indf, status, fsr, gen, genh, gen2, gen2h, gen3, gen3h;
@@ -74,6 +66,24 @@ void writeMillisecondStep(LibraryOutput& out, const std::string& low, const std:
 
 } // namespace
 
+// `label`: the pin (port address in `port`, mask in `mask`) becomes an
+// input, FSR its port; PP3H = the mask in inverted mode, else 0 (the mask
+// stays in W).
+void writePinAsInput(LibraryOutput& out, const Registers& r, const std::string& label,
+                     const std::string& port, const std::string& mask) {
+    out.add(label + "\tbcf " + r.status + ",7");
+    out.add("\tmovfw " + port);
+    out.add("\tmovwf " + r.fsr);
+    out.add("\tbsf " + r.fsr + ",7");
+    out.add("\tmovfw " + mask);
+    out.add("\tiorwf " + r.indf + ",f");
+    out.add("\tbcf " + r.fsr + ",7");
+    out.add("\tclrf " + r.pp3h);
+    out.add("\tbtfsc " + r.pp5h + ",6");
+    out.add("\tmovwf " + r.pp3h);
+    out.add("\treturn");
+}
+
 // A wait of at most the millisecond count in `high`:`low` for the space
 // level on the pin whose mask is `mask` (the start bit of SERIN, the "go"
 // level of SEROUT's flow pin), which jumps to `found`. One millisecond is the
@@ -89,7 +99,7 @@ void writeTimedWait(const Compilation& c, LibraryOutput& out, const Registers& r
                     const TimedWait& w) {
     out.add(w.stepLabel);
     writeMillisecondStep(out, w.low, w.high);
-    out.add("\tmovlw " + number(millisecondLoops(crystal(c)) - 1));
+    out.add("\tmovlw " + number(millisecondLoops(crystalMhz(c)) - 1));
     out.add("\tmovwf " + r.pp0);
     writeSpaceTest(out, r, w.mask);
     out.add("\tbz " + w.found);
@@ -190,17 +200,7 @@ void writeSerin(Compilation& c, LibraryOutput& out) {
     out.add("\tgoto so@fin");
     // sr@in: the data pin becomes an input, FSR its port; PP3H = the mask
     // in inverted mode, else 0.
-    out.add("sr@in\tbcf " + r.status + ",7");
-    out.add("\tmovfw " + r.gen);
-    out.add("\tmovwf " + r.fsr);
-    out.add("\tbsf " + r.fsr + ",7");
-    out.add("\tmovfw " + r.genh);
-    out.add("\tiorwf " + r.indf + ",f");
-    out.add("\tbcf " + r.fsr + ",7");
-    out.add("\tclrf " + r.pp3h);
-    out.add("\tbtfsc " + r.pp5h + ",6");
-    out.add("\tmovwf " + r.pp3h);
-    out.add("\treturn");
+    writePinAsInput(out, r, "sr@in", r.gen, r.genh);
 }
 
 // Group 25. sro@f waits until the flow pin is at its go level (true mode
@@ -288,19 +288,8 @@ void writeSerout(Compilation& c, LibraryOutput& out) {
     out.add("\txorwf " + r.pp1 + ",w");
     out.add("\tmovwf " + r.indf);
     out.add("\tgoto srin@d");
-    // sro@gf: the flow pin becomes an input, FSR its port; PP3H = its mask
-    // in inverted mode, else 0.
-    out.add("sro@gf\tbcf " + r.status + ",7");
-    out.add("\tmovfw " + r.gen2);
-    out.add("\tmovwf " + r.fsr);
-    out.add("\tbsf " + r.fsr + ",7");
-    out.add("\tmovfw " + r.gen2h);
-    out.add("\tiorwf " + r.indf + ",f");
-    out.add("\tbcf " + r.fsr + ",7");
-    out.add("\tclrf " + r.pp3h);
-    out.add("\tbtfsc " + r.pp5h + ",6");
-    out.add("\tmovwf " + r.pp3h);
-    out.add("\treturn");
+    // sro@gf: the same for the flow pin.
+    writePinAsInput(out, r, "sro@gf", r.gen2, r.gen2h);
 }
 
 // Group 26. srin@d waits one bit of the period code in PP5H:PP5 (bits 0-12)
@@ -311,7 +300,7 @@ void writeSerout(Compilation& c, LibraryOutput& out) {
 // even parity bit of W's bits 0-6.
 void writeSerialBit(Compilation& c, LibraryOutput& out) {
     Registers r(c);
-    int mhz = crystal(c);
+    int mhz = crystalMhz(c);
     int bit = serialBitCorrection(mhz) & 0xFFFF;
     int start = (serialBitCorrection(mhz) * 3 / 2 + serialStartCorrection(mhz)) & 0xFFFF;
     out.add("srin@sd\tmovfw " + r.pp5h);
@@ -459,7 +448,7 @@ std::string rsinStartSkip(const Compilation& c) {
 // through "bnc i@nt" with the carry clear. The pin is tested twice a pass.
 void writeRsinTimeout(Compilation& c, LibraryOutput& out) {
     int timeout = c.device.settings[kRsinTimeout].number & 0xFFFF;
-    int loops = millisecondLoops(crystal(c));
+    int loops = millisecondLoops(crystalMhz(c));
     std::string pp0 = regAddress(c, "PP0"), pp0h = regAddress(c, "PP0H");
     std::string pp1 = regAddress(c, "PP1");
     writeRsinConstants(c, out);
@@ -506,7 +495,7 @@ void writeRsin(Compilation& c, LibraryOutput& out) {
 // carry set (a character came).
 void writeRsinStart(Compilation& c, LibraryOutput& out) {
     const SettingValue& pin = c.device.settings[kRsinPin];
-    int quarter = bitTime(crystal(c), c.device.settings[kSerialBaud].number) / 4;
+    int quarter = bitTime(crystalMhz(c), c.device.settings[kSerialBaud].number) / 4;
     std::string pp1 = regAddress(c, "PP1"), pp1h = regAddress(c, "PP1H");
     bool inverted = c.device.settings[kRsinMode].number == 1;
     out.add("rsin@st \tmovlw " + number(quarter / 256));
@@ -534,7 +523,7 @@ void writeRsinStart(Compilation& c, LibraryOutput& out) {
 // through dlus@w.
 void writeBitDelay(Compilation& c, LibraryOutput& out) {
     int baud = c.device.settings[kSerialBaud].number;
-    int t = bitTime(crystal(c), baud);
+    int t = bitTime(crystalMhz(c), baud);
     out.add("SERIAL_BAUD=" + number(baud));
     out.add("sr@dly \tmovlw " + number(t / 256));
     out.add("\tmovwf " + regAddress(c, "PP0H"));

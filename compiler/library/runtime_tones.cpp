@@ -14,14 +14,6 @@
 namespace zorvel {
 namespace {
 
-int crystal(const Compilation& c) {
-    return std::max(c.device.settings[kXtal].number, 1);
-}
-
-std::string number(int value) {
-    return std::to_string(value);
-}
-
 // Writes `cycles` instruction cycles of padding and returns the words used:
 // first the filler (so that a timed loop clears the watchdog when it is on),
 // then a loop that counts `counter` down from k (3k + 1 cycles) for waits of
@@ -195,7 +187,7 @@ void writeSin(Compilation& c, LibraryOutput& out) {
 // counts the passes of one millisecond, PP2H:PP2 the milliseconds. The pin
 // is made an output and left low.
 void writeFreqOut(Compilation& c, LibraryOutput& out) {
-    int mhz = crystal(c);
+    int mhz = crystalMhz(c);
     int factor = stepFactor(mhz);
     int passes = passesPerMillisecond(mhz);
     std::string pp0 = regAddress(c, "PP0"), pp0h = regAddress(c, "PP0H");
@@ -336,7 +328,7 @@ void writeDtmfOut(Compilation& c, LibraryOutput& out) {
 // n@lp1: the pin takes bit 0 of a new rndm value each step (white noise).
 // The pin is made an output and left low.
 void writeSound(Compilation& c, LibraryOutput& out) {
-    int step = soundStepCycles(crystal(c));
+    int step = soundStepCycles(crystalMhz(c));
     std::string pp1 = regAddress(c, "PP1"), pp2 = regAddress(c, "PP2");
     std::string pp2h = regAddress(c, "PP2H"), pp4 = regAddress(c, "PP4");
     std::string pp3 = regAddress(c, "PP3"), pp3h = regAddress(c, "PP3H");

@@ -2,6 +2,7 @@
 
 #include "compiler/driver/compilation.h"
 #include "compiler/library/crystal.h"
+#include "compiler/library/library_text.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,10 +10,6 @@
 
 namespace zorvel {
 namespace {
-
-int crystal(const Compilation& c) {
-    return c.device.settings[kXtal].number;
-}
 
 // Cycles of a SERIN/SEROUT bit besides the microseconds srin@d asks dlus@w
 // for, before the padding: the bit loop (sro@b's or the sampling loop, the
@@ -106,7 +103,7 @@ int fastestRsBaud(int mhz) {
 }
 
 std::optional<std::string> serialModeProblem(const Compilation& c, int mode) {
-    int mhz = crystal(c);
+    int mhz = crystalMhz(c);
     if (!hasMicrosecondDelay(mhz)) return std::nullopt;
     if (mode < 0 || mode > 65535)
         return "Serial mode " + std::to_string(mode) + " does not fit the 16-bit mode word";
@@ -120,7 +117,7 @@ std::optional<std::string> serialModeProblem(const Compilation& c, int mode) {
 }
 
 std::optional<std::string> serialBaudProblem(const Compilation& c) {
-    int mhz = crystal(c);
+    int mhz = crystalMhz(c);
     int baud = c.device.settings[kSerialBaud].number;
     if (baud <= 0) return "SERIAL_BAUD must be above 0";
     if (!hasMicrosecondDelay(mhz)) return std::nullopt;
